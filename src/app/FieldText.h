@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+/// How numbers stand in the operator's fields, and how they are read back. What does not parse
+/// becomes 0; there is no further validation.
+
+/// The base-10 int that @p text holds, or 0 when it does not parse or does not fit in 32 bits.
+int intOrZero(const QString &text);
+
+/// A duration in seconds as milliseconds with three decimals: 0.25 gives "250.000".
+QString millisecondsText(double seconds);
+
+/// The duration in seconds of a text in milliseconds, or 0.0 when it is not a number.
+double secondsOfMillisecondsText(const QString &text);

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QList>
+
+#include <optional>
+
+/// The largest number of presentations a session may have. Far beyond what anybody can listen to,
+/// it keeps a mistyped "N times per token" from exhausting the memory.
+inline constexpr int maxPresentations = 1'000'000;
+
+/// The number of presentations of a session: @p nTokens tokens, @p nTimes each; 0 when @p nTimes is
+/// not positive, nothing when it would exceed maxPresentations.
+std::optional<int> presentationCount(int nTokens, int nTimes);
+
+/// The token indexes 0 .. @p nTokens - 1, each @p nTimes times, in an order drawn uniformly by a
+/// Fisher-Yates shuffle from a 32-bit Mersenne Twister seeded with @p seed. Repeats of a token may
+/// follow each other. Empty when either count is not positive.
+QList<int> presentationOrder(int nTokens, int nTimes, quint32 seed);
+
+/// The delay in whole milliseconds (truncated) from scheduling a presentation to its start:
+/// the token's duration plus the silent interval, both in seconds.
+int presentationDelay(double soundDuration, double silentInterval);

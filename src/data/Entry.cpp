@@ -1,0 +1,8 @@
+#include "data/Entry.h"
+
+#include "data/DesktopFolder.h"
+
+Entry::Entry()
+    : filePath(desktopFolder())
+{
+}

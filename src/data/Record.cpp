@@ -1,0 +1,8 @@
+#include "data/Record.h"
+
+#include "data/DesktopFolder.h"
+
+Record::Record()
+    : filePath(desktopFolder())
+{
+}

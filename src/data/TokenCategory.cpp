@@ -1,0 +1,14 @@
+#include "data/TokenCategory.h"
+
+using namespace Qt::StringLiterals;
+
+QString categoryWord(Category category)
+{
+    return category == Category::Mother ? u"mother"_s : u"stranger"_s;
+}
+
+Category tokenCategory(const QString &fileName, const QString &subCode)
+{
+    const QString key = subCode.right(3);
+    return fileName.contains(key, Qt::CaseSensitive) ? Category::Mother : Category::Stranger;
+}
