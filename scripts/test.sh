@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the program and runs every test: all of them on the program as it is
+# used, then those without sound again under the address and undefined-behaviour sanitizers.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+start=$SECONDS
+
+scripts/setup.sh
+
+options=()
+# On the build server a warning is a failure; at the desk it must not stop somebody trying things out.
+if [ -n "${CI:-}" ] && [ "${CI}" != false ]; then
+    options+=(-DOSTRINE_WARNINGS_AS_ERRORS=ON)
+fi
+
+for preset in release asan; do
+    echo "== $preset: build"
+    cmake --preset "$preset" ${options[@]+"${options[@]}"}
+    cmake --build --preset "$preset"
+    echo "== $preset: test"
+    ctest --preset "$preset"
+done
+
+echo "All tests passed: release (all) and asan (unit, gui), in $((SECONDS - start)) s."
