@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// Reads one canonical PCM WAV file (a 44-byte header followed by the sample bytes; 8, 16 or 24
+/// bits) and converts its samples to doubles of about -1 .. +1, channels interleaved as in the
+/// file. Errors are one line on the standard error stream and a false result; the object then keeps
+/// whatever state it reached.
+class CWav
+{
+public:
+    CWav();
+    ~CWav();
+    CWav(const CWav &) = delete;
+    CWav &operator=(const CWav &) = delete;
+
+    /// Opens, checks, reads and converts the file @p filename (UTF-8). True when the header passed
+    /// all checks, even if fewer sample bytes follow than it declares; sampleVector is then empty.
+    /// No chunk is searched for: the samples begin at byte 44. A header that declares no sample
+    /// bytes leaves the previous samples in place.
+    bool LoadWav(std::string filename);
+
+    /// Converts rawData to sampleVector by bitsPerSample and returns samples; sampleVector is left
+    /// empty when the raw bytes are not complete or the sample size is none of 8, 16 and 24 bits.
+    double *ConvertData();
+
+    /// The value of formatTag, not the header's audioFormat.
+    std::uint16_t GetAudioFormat() const;
+
+    /// The size of the header in bytes: always 44.
+    int GetHeaderSize() const;
+
+    /// Prints the header fields to the standard output stream, one a line.
+    void DisplayHeader() const;
+
+    /// Prints the converted samples to the standard output stream, one a line.
+    void DisplayData() const;
+
+    /// Appends the header as it stands and the raw bytes it declares (as far as they were read) to
+    /// the file @p filename; an existing file is not truncated. False when it cannot be opened.
+    bool WriteWav(std::string filename);
+
+    // The header, filled by reading the first 44 bytes of a file straight into it.
+    char riffHeader[4];          ///< normally "RIFF", not checked
+    std::uint32_t riffSize;      ///< file size minus 8
+    char waveHeader[4];          ///< must be "WAVE"
+    char fmtHeader[4];           ///< normally "fmt ", not checked
+    std::uint32_t fmtSize;       ///< 16, not checked
+    std::uint16_t audioFormat;   ///< must be 1 (linear PCM)
+    std::uint16_t numChannels;   ///< channel count
+    std::uint32_t sampleRate;    ///< samples per second per channel
+    std::uint32_t byteRate;      ///< bytes per second
+    std::uint16_t blockAlign;    ///< bytes per frame
+    std::uint16_t bitsPerSample; ///< must be 8, 16 or 24
+    char dataHeader[4];          ///< normally "data", not checked
+    std::uint32_t dataSize;      ///< number of sample bytes declared
+
+    std::uint16_t formatTag; ///< never assigned by this class
+
+    char *rawData;                    ///< the sample bytes as read; reused by every load
+    std::int64_t bytesRead;           ///< number of sample bytes the last read obtained
+    std::uint32_t numSamples;         ///< samples of all channels that dataSize makes
+    double *samples;                  ///< first element of sampleVector after a conversion
+    std::vector<double> sampleVector; ///< the converted samples
+};

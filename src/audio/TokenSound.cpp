@@ -1,0 +1,35 @@
+#include "audio/TokenSound.h"
+
+#include "audio/CWav.h"
+
+#include <algorithm>
+#include <limits>
+
+std::optional<TokenSize> tokenSize(const CWav &wav)
+{
+    if (wav.numChannels == 0 || wav.sampleRate == 0)
+        return std::nullopt;
+    const std::uint32_t nPoints = wav.numSamples / wav.numChannels;
+    if (nPoints == 0 || nPoints > std::numeric_limits<qint32>::max()
+        || wav.sampleVector.size() < wav.numSamples)
+        return std::nullopt;
+    return TokenSize{static_cast<qint32>(nPoints), static_cast<double>(nPoints) / wav.sampleRate};
+}
+
+void takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave)
+{
+    soundWave.resize(nPoints);
+    if (wav.numChannels != 1 && wav.numChannels != 2)
+        return;
+    for (qsizetype i = 0; i < nPoints; ++i)
+        soundWave[i] = wav.samples[i * wav.numChannels];
+}
+
+QByteArray playbackBytes(const QList<double> &soundWave, qsizetype silentSamples)
+{
+    QList<float> samples(soundWave.size() + silentSamples, 0.0F);
+    std::transform(soundWave.cbegin(), soundWave.cend(), samples.begin(),
+                   [](double sample) { return static_cast<float>(sample); });
+    return {reinterpret_cast<const char *>(samples.constData()),
+            samples.size() * qsizetype{sizeof(float)}};
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+
+#include <optional>
+
+class CWav;
+
+/// The size of a token's sound, per channel.
+struct TokenSize {
+    qint32 nPoints = 0;    ///< number of samples
+    double duration = 0.0; ///< seconds at the file's own sampling rate
+};
+
+/// The size of the sound in @p wav, or nothing when it cannot be presented: no channel, no sampling
+/// rate, no sample, fewer samples than the header declares, or more than an int counts.
+std::optional<TokenSize> tokenSize(const CWav &wav);
+
+/// Makes @p soundWave @p nPoints long and copies the first channel of @p wav into it. With more
+/// than two channels nothing is copied and the list keeps what it held.
+void takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave);
+
+/// @p soundWave as 32-bit floats in native byte order, unscaled and unclipped, followed by
+/// @p silentSamples zeros.
+QByteArray playbackBytes(const QList<double> &soundWave, qsizetype silentSamples);

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "data/TokenCategory.h"
+
+#include <QMainWindow>
+#include <QString>
+
+#include <array>
+
+class QGridLayout;
+class QLabel;
+class QPushButton;
+
+/// The codes that subjectResponded(int) carries.
+enum ResponseCode {
+    ReadyResponse = 0,
+    MotherResponse = 2,
+    StrangerResponse = 4,
+    NextResponse = 5,
+};
+
+/// The window that the subject sees and touches: starts the session, takes the answers, shows
+/// feedback and closes. It knows nothing of sound or data; the main window drives it by signals.
+class SubjectWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit SubjectWindow(QWidget *parent = nullptr);
+
+    void setupGUISubjectWindow();
+
+    /// Sizes and places the window by the rule of windowGeometry() on the primary screen.
+    void centerAndResizeSubjectWindow(bool center, double widthFraction, double heightFraction);
+
+    void disableAllChoiceButtons();
+
+signals:
+    void subjectResponded(int response); ///< a ResponseCode
+    void subjectWindowClosed();          ///< the subject confirmed closing
+
+public slots:
+    void pushButtonIAmReady_clicked();
+    void receiveFeedBackStatus(bool feedBack);
+    void receiveAutoPlayStatus(bool autoPlay);
+    void receiveSubCode(QString subCode);
+    void receiveWavFileName(QString wavFileName);
+    void pushButtonNext_clicked();
+    void enableAllChoiceButtons();
+
+    /// @p state is -1 when the token has ended and an answer is awaited; any other value means that
+    /// a token plays, and locks the window.
+    void updateSubjectWindow(int state);
+
+    void pushButtonChoice2_clicked();
+    void pushButtonChoice4_clicked();
+
+    /// Shows the end of data collection.
+    void finishExperiment(qreal threshold, qreal reactionTime, qint32 mainParameterIndex);
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    /// Takes the answer @p answer given on @p button: feedback picture first, then the signal.
+    void respond(QPushButton *button, Category answer, ResponseCode code);
+
+    /// Locks the window until the next token has been heard.
+    void awaitToken();
+
+    QPushButton *pushButtonChoice2;
+    QPushButton *pushButtonChoice4;
+    QPushButton *pushButtonIAmReady;
+    QPushButton *pushButtonNext;
+    QPushButton *pushButtonDone;
+    QLabel *labelResult;
+    QGridLayout *gridLayout;
+    QWidget *centralWidget;
+    qint32 nextButtonMode = 0;
+    bool feedBack = false;
+    bool autoPlay = false;
+    QString subCode;
+    QString wavFileName;
+    std::array<qint32, 4> backgroundColor{240, 240, 240, 255};
+    std::array<qint32, 4> highlightColor{255, 255, 0, 255};
+    bool centerWindow = true;
+    double widthFraction = 0.4;
+    double heightFraction = 0.4;
+};
