@@ -7,6 +7,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <new>
 
 namespace {
 
@@ -113,7 +114,10 @@ bool CWav::LoadWav(std::string filename)
         file.clear();
         bytesRead = std::min<std::int64_t>(dataSize, remainingBytes(file));
         if (bytesRead > 0) {
-            rawData = static_cast<char *>(std::realloc(rawData, static_cast<size_t>(bytesRead)));
+            void *grown = std::realloc(rawData, static_cast<std::size_t>(bytesRead));
+            if (grown == nullptr)
+                throw std::bad_alloc();
+            rawData = static_cast<char *>(grown);
             file.read(rawData, bytesRead);
             bytesRead = file.gcount();
         }
@@ -169,7 +173,7 @@ int CWav::GetHeaderSize() const
 
 void CWav::DisplayHeader() const
 {
-    const auto printText = [](const char *label, const char (&text)[4]) {
+    const auto printText = [](const char *label, const char(&text)[4]) {
         std::cout << label;
         std::cout.write(text, sizeof(text));
         std::cout << std::endl;

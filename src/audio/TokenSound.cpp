@@ -10,8 +10,8 @@ std::optional<TokenSize> tokenSize(const CWav &wav)
     if (wav.numChannels == 0 || wav.sampleRate == 0)
         return std::nullopt;
     const std::uint32_t nPoints = wav.numSamples / wav.numChannels;
-    if (nPoints == 0 || nPoints > std::numeric_limits<qint32>::max()
-        || wav.sampleVector.size() < wav.numSamples)
+    if (nPoints == 0 || nPoints > std::numeric_limits<qint32>::max() ||
+        wav.sampleVector.size() < wav.numSamples)
         return std::nullopt;
     return TokenSize{static_cast<qint32>(nPoints), static_cast<double>(nPoints) / wav.sampleRate};
 }

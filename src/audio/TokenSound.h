@@ -8,7 +8,8 @@
 class CWav;
 
 /// The size of a token's sound, per channel.
-struct TokenSize {
+struct TokenSize
+{
     qint32 nPoints = 0;    ///< number of samples
     double duration = 0.0; ///< seconds at the file's own sampling rate
 };

@@ -5,7 +5,8 @@
 
 namespace {
 
-struct Row {
+struct Row
+{
     QVersionNumber since;
     double seconds;
 };

@@ -3,7 +3,8 @@
 #include <QtGlobal>
 
 /// The sizes of a token's spectrum.
-struct SpectrumSize {
+struct SpectrumSize
+{
     qint64 nFFT;              ///< transform length: 0 or a power of two
     double duration;          ///< nFFT / fs, in seconds
     qint32 nFreqPointsToPlot; ///< bins below the upper frequency, at most nFFT / 2

@@ -3,7 +3,8 @@
 #include <QtGlobal>
 
 /// The stretch of a token that the waveform chart shows.
-struct WaveformSpan {
+struct WaveformSpan
+{
     qint32 nPoints;  ///< number of samples shown, from the first on
     double duration; ///< length in seconds
 };

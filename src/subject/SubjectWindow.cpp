@@ -19,8 +19,8 @@ QString feedbackStyle(bool correct)
 {
     return u"QPushButton {    background-image: url(:/imageFiles/%1.png);    background-repeat: "
            "no-repeat;    background-position: center;}QPushButton:hover {    background-color: "
-           "rgb(0, 255, 255);    border: 1px solid blue;}"_s
-        .arg(correct ? u"correct"_s : u"incorrect"_s);
+           "rgb(0, 255, 255);    border: 1px solid blue;}"_s.arg(correct ? u"correct"_s
+                                                                         : u"incorrect"_s);
 }
 
 QString finalText(qreal threshold, qreal reactionTime, qint32 mainParameterIndex)
@@ -30,8 +30,8 @@ QString finalText(qreal threshold, qreal reactionTime, qint32 mainParameterIndex
         text = u"Frequency Difference = "_s;
     else if (mainParameterIndex == 1)
         text = u"Modulation Threshold = "_s;
-    return text + QString::number(threshold * 100.0) + u" %,   Reaction Time = "_s
-        + QString::number(reactionTime) + u" ms"_s;
+    return text + QString::number(threshold * 100.0) + u" %,   Reaction Time = "_s +
+           QString::number(reactionTime) + u" ms"_s;
 }
 
 } // namespace
@@ -97,11 +97,10 @@ void SubjectWindow::setupGUISubjectWindow()
     pushButtonNext->setVisible(nextButtonMode != 0 && !autoPlay);
 }
 
-void SubjectWindow::centerAndResizeSubjectWindow(bool center, double widthFraction,
-                                                 double heightFraction)
+void SubjectWindow::centerAndResizeSubjectWindow(bool center, double widthShare, double heightShare)
 {
     setGeometry(windowGeometry(QGuiApplication::primaryScreen()->availableSize(), center,
-                               geometry().topLeft(), widthFraction, heightFraction));
+                               geometry().topLeft(), widthShare, heightShare));
 }
 
 void SubjectWindow::disableAllChoiceButtons()
@@ -116,24 +115,24 @@ void SubjectWindow::enableAllChoiceButtons()
     pushButtonChoice4->setEnabled(true);
 }
 
-void SubjectWindow::receiveFeedBackStatus(bool feedBack)
+void SubjectWindow::receiveFeedBackStatus(bool status)
 {
-    this->feedBack = feedBack;
+    feedBack = status;
 }
 
-void SubjectWindow::receiveAutoPlayStatus(bool autoPlay)
+void SubjectWindow::receiveAutoPlayStatus(bool status)
 {
-    this->autoPlay = autoPlay;
+    autoPlay = status;
 }
 
-void SubjectWindow::receiveSubCode(QString subCode)
+void SubjectWindow::receiveSubCode(QString code)
 {
-    this->subCode = subCode;
+    subCode = code;
 }
 
-void SubjectWindow::receiveWavFileName(QString wavFileName)
+void SubjectWindow::receiveWavFileName(QString fileName)
 {
-    this->wavFileName = wavFileName;
+    wavFileName = fileName;
 }
 
 void SubjectWindow::awaitToken()

@@ -31,7 +31,7 @@ public:
     void setupGUISubjectWindow();
 
     /// Sizes and places the window by the rule of windowGeometry() on the primary screen.
-    void centerAndResizeSubjectWindow(bool center, double widthFraction, double heightFraction);
+    void centerAndResizeSubjectWindow(bool center, double widthShare, double heightShare);
 
     void disableAllChoiceButtons();
 
@@ -41,10 +41,10 @@ signals:
 
 public slots:
     void pushButtonIAmReady_clicked();
-    void receiveFeedBackStatus(bool feedBack);
-    void receiveAutoPlayStatus(bool autoPlay);
-    void receiveSubCode(QString subCode);
-    void receiveWavFileName(QString wavFileName);
+    void receiveFeedBackStatus(bool status);
+    void receiveAutoPlayStatus(bool status);
+    void receiveSubCode(QString code);
+    void receiveWavFileName(QString fileName);
     void pushButtonNext_clicked();
     void enableAllChoiceButtons();
 

@@ -1,0 +1,284 @@
+// The operator's window: its controls, their layout and their simple handlers.
+// Declared in app/MainWindow.h.
+
+#include "app/MainWindow.h"
+
+#include "app/FieldText.h"
+#include "app/WindowGeometry.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+template<typename Widget>
+Widget *named(const char *name, Widget *widget)
+{
+    widget->setObjectName(name);
+    return widget;
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent)
+    , labelSesType(named("labelSesType", new QLabel(u"Session type"_s)))
+    , labelSoundType(named("labelSoundType", new QLabel(u"Sound type"_s)))
+    , labelMainParameter(named("labelMainParameter", new QLabel(u"Main parameter"_s)))
+    , labelSoundFileInformation(
+          named("labelSoundFileInformation", new QLabel(u"Sound File Information"_s)))
+    , labelFs(named("labelFs", new QLabel(u"Sampling rate"_s)))
+    , labelDuration(named("labelDuration", new QLabel(u"Sound duration (ms)"_s)))
+    , labelSi(named("labelSi", new QLabel(u"Silent interval (ms)"_s)))
+    , labelSubCode(named("labelSubCode", new QLabel(u"Subject code"_s)))
+    , labelSesNum(named("labelSesNum", new QLabel(u"Session"_s)))
+    , labelNTimes(named("labelNTimes", new QLabel(u"N times per token"_s)))
+    , labelWavFilePath(named("labelWavFilePath", new QLabel(u"WAV filepath"_s)))
+    , labelWavFileName(named("labelWavFileName", new QLabel(u"WAV filename"_s)))
+    , labelOutputFilePath(named("labelOutputFilePath", new QLabel(u"Output filepath"_s)))
+    , labelOutputFileName(named("labelOutputFileName", new QLabel(u"Output filename"_s)))
+    , labelStatus(named("labelStatus", new QLabel(u"Status"_s)))
+    , comboBoxSesType(named("comboBoxSesType", new QComboBox))
+    , comboBoxSoundType(named("comboBoxSoundType", new QComboBox))
+    , comboBoxMainParameter(named("comboBoxMainParameter", new QComboBox))
+    , lineEditFs(named("lineEditFs", new QLineEdit(u"40000"_s)))
+    , lineEditDuration(named("lineEditDuration", new QLineEdit(u"250.000"_s)))
+    , lineEditSi(named("lineEditSi", new QLineEdit(u"1000.000"_s)))
+    , lineEditSubCode(named("lineEditSubCode", new QLineEdit(u"SUB001"_s)))
+    , lineEditSesNum(named("lineEditSesNum", new QLineEdit(u"1"_s)))
+    , lineEditNTimes(named("lineEditNTimes", new QLineEdit(u"1"_s)))
+    , lineEditWavFilePath(named("lineEditWavFilePath", new QLineEdit(u"."_s)))
+    , lineEditWavFileName(named("lineEditWavFileName", new QLineEdit(u"File001.wav"_s)))
+    , lineEditOutputFilePath(named("lineEditOutputFilePath", new QLineEdit(u"."_s)))
+    , lineEditOutputFileName(named("lineEditOutputFileName", new QLineEdit(u"SUB001.dat"_s)))
+    , lineEditStatus(named("lineEditStatus", new QLineEdit))
+    , pushButtonPractice(named("pushButtonPractice", new QPushButton(u"Practice"_s)))
+    , pushButtonExperiment(named("pushButtonExperiment", new QPushButton(u"Experiment"_s)))
+    , pushButtonGo(named("pushButtonGo", new QPushButton(u"Go"_s)))
+    , pushButtonQuit(named("pushButtonQuit", new QPushButton(u"Quit"_s)))
+    , checkBoxSaveData(named("checkBoxSaveData", new QCheckBox(u"Save data to file"_s)))
+    , checkBoxFeedBack(named("checkBoxFeedBack", new QCheckBox(u"Provide feedback"_s)))
+    , checkBoxAutoPlay(named("checkBoxAutoPlay", new QCheckBox(u"Play sound automatically"_s)))
+{
+    setObjectName("MainWindow");
+    constexpr int firstRow = 2;
+    constexpr int lastRow = 14;
+    for (int row = firstRow; row <= lastRow; ++row)
+        rowLayouts.append(new QHBoxLayout);
+    gridLayoutControls = named("gridLayoutControls", new QGridLayout);
+    gridLayoutPlots = named("gridLayoutPlots", new QGridLayout);
+    gridLayoutMain = named("gridLayoutMain", new QGridLayout);
+    centralWidget = named("centralWidget", new QWidget);
+
+    connect(pushButtonPractice, SIGNAL(clicked()), this, SLOT(pushButtonPractice_clicked()));
+    connect(pushButtonExperiment, SIGNAL(clicked()), this, SLOT(pushButtonExperiment_clicked()));
+    connect(pushButtonGo, SIGNAL(clicked()), this, SLOT(pushButtonGo_clicked()));
+    connect(pushButtonQuit, SIGNAL(clicked()), this, SLOT(close()));
+    connect(comboBoxSesType, SIGNAL(currentIndexChanged(int)), this,
+            SLOT(comboBoxSesType_currentIndexChanged(int)));
+    connect(comboBoxSoundType, SIGNAL(currentIndexChanged(int)), this,
+            SLOT(comboBoxSoundType_currentIndexChanged(int)));
+    connect(comboBoxMainParameter, SIGNAL(currentIndexChanged(int)), this,
+            SLOT(comboBoxMainParameter_currentIndexChanged(int)));
+    connect(lineEditSubCode, SIGNAL(textChanged(QString)), this,
+            SLOT(lineEditSubCode_textChanged(QString)));
+    connect(lineEditSesNum, SIGNAL(textChanged(QString)), this,
+            SLOT(lineEditSesNum_textChanged(QString)));
+    connect(checkBoxSaveData, SIGNAL(stateChanged(int)), this,
+            SLOT(checkBoxSaveData_stateChanged(int)));
+    connect(checkBoxFeedBack, SIGNAL(stateChanged(int)), this,
+            SLOT(checkBoxFeedBack_stateChanged(int)));
+    connect(checkBoxAutoPlay, SIGNAL(stateChanged(int)), this,
+            SLOT(checkBoxAutoPlay_stateChanged(int)));
+
+    setupGUIMainWindow();
+    initParameters();
+    displayEmptyWav();
+    displayEmptyFFT();
+    displayEmptyTrend();
+}
+
+MainWindow::~MainWindow()
+{
+    // Releasing the output runs pending events: no presentation may start from them any more.
+    playCount = maxPlayCount;
+    releaseAudioOutput();
+
+    delete reactionTimer;
+
+    const QList<QWidget *> widgets = {labelSesType,
+                                      labelSoundType,
+                                      labelMainParameter,
+                                      labelSoundFileInformation,
+                                      labelFs,
+                                      labelDuration,
+                                      labelSi,
+                                      labelSubCode,
+                                      labelSesNum,
+                                      labelNTimes,
+                                      labelWavFilePath,
+                                      labelWavFileName,
+                                      labelOutputFilePath,
+                                      labelOutputFileName,
+                                      labelStatus,
+                                      comboBoxSesType,
+                                      comboBoxSoundType,
+                                      comboBoxMainParameter,
+                                      lineEditFs,
+                                      lineEditDuration,
+                                      lineEditSi,
+                                      lineEditSubCode,
+                                      lineEditSesNum,
+                                      lineEditNTimes,
+                                      lineEditWavFilePath,
+                                      lineEditWavFileName,
+                                      lineEditOutputFilePath,
+                                      lineEditOutputFileName,
+                                      lineEditStatus,
+                                      pushButtonPractice,
+                                      pushButtonExperiment,
+                                      pushButtonGo,
+                                      pushButtonQuit,
+                                      checkBoxSaveData,
+                                      checkBoxFeedBack,
+                                      checkBoxAutoPlay};
+    qDeleteAll(widgets);
+    qDeleteAll(rowLayouts);
+    delete gridLayoutControls;
+    delete gridLayoutPlots;
+    delete gridLayoutMain;
+    delete centralWidget;
+}
+
+void MainWindow::addRow(int row, const QList<QWidget *> &widgets)
+{
+    QHBoxLayout *layout = rowLayouts.at(row - 2);
+    layout->setObjectName(u"rowLayout%1"_s.arg(row));
+    for (QWidget *widget : widgets)
+        layout->addWidget(widget);
+    if (auto *label = qobject_cast<QLabel *>(widgets.first()))
+        label->setBuddy(widgets.at(1));
+    gridLayoutControls->addLayout(layout, row, 0, 1, 4);
+}
+
+void MainWindow::setupGUIMainWindow()
+{
+    centerAndResizeMainWindow(centerFlag, widthFraction, heightFraction);
+    setWindowIcon(QIcon(u":/TavelLab_icon/Tavel_logo_3D_original.ico"_s));
+    setWindowTitle(u"Tavel Lab | Ostrine (v014) | Main Window"_s);
+
+    gridLayoutControls->addWidget(labelSoundFileInformation, 1, 0, 1, 4);
+    addRow(2, {labelWavFilePath, lineEditWavFilePath});
+    addRow(3, {labelWavFileName, lineEditWavFileName});
+    addRow(4, {labelFs, lineEditFs});
+    addRow(5, {labelDuration, lineEditDuration});
+    addRow(6, {labelSi, lineEditSi});
+    addRow(7, {labelSubCode, lineEditSubCode, checkBoxSaveData});
+    addRow(8, {labelSesNum, lineEditSesNum});
+    addRow(9, {labelNTimes, lineEditNTimes});
+    addRow(10, {checkBoxFeedBack, checkBoxAutoPlay});
+    addRow(11, {pushButtonPractice, pushButtonExperiment, pushButtonGo, pushButtonQuit});
+    addRow(12, {labelOutputFilePath, lineEditOutputFilePath});
+    addRow(13, {labelOutputFileName, lineEditOutputFileName});
+    addRow(14, {labelStatus, lineEditStatus});
+    labelSesType->setBuddy(comboBoxSesType);
+    labelSoundType->setBuddy(comboBoxSoundType);
+    labelMainParameter->setBuddy(comboBoxMainParameter);
+
+    gridLayoutMain->addLayout(gridLayoutControls, 0, 0, 1, 1);
+    gridLayoutMain->addLayout(gridLayoutPlots, 0, 1, 1, 1);
+    centralWidget->setLayout(gridLayoutMain);
+    setCentralWidget(centralWidget);
+
+    labelSoundFileInformation->setAlignment(Qt::AlignHCenter);
+    labelSoundFileInformation->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    labelSoundFileInformation->setMinimumWidth(100);
+    for (QPushButton *button :
+         {pushButtonPractice, pushButtonExperiment, pushButtonGo, pushButtonQuit})
+        button->setMinimumHeight(60);
+    gridLayoutMain->setColumnStretch(0, 1);
+    gridLayoutMain->setColumnStretch(1, 2);
+}
+
+void MainWindow::centerAndResizeMainWindow(bool center, double widthShare, double heightShare)
+{
+    setGeometry(windowGeometry(QGuiApplication::primaryScreen()->availableSize(), center,
+                               geometry().topLeft(), widthShare, heightShare));
+}
+
+void MainWindow::disableAllComponents()
+{
+    setEnabled(false);
+}
+
+void MainWindow::doNothing() {}
+
+void MainWindow::comboBoxSesType_currentIndexChanged(int index)
+{
+    data.sesTypeIndex = index;
+    updateOutputFileName();
+}
+
+void MainWindow::comboBoxSoundType_currentIndexChanged(int index)
+{
+    data.soundTypeIndex = index;
+    updateOutputFileName();
+}
+
+void MainWindow::comboBoxMainParameter_currentIndexChanged(int index)
+{
+    data.mainParameterIndex = index;
+    updateOutputFileName();
+}
+
+void MainWindow::lineEditSubCode_textChanged(QString arg1)
+{
+    data.subCode = arg1;
+    updateOutputFilePath();
+    updateOutputFileName();
+}
+
+void MainWindow::lineEditSesNum_textChanged(QString arg1)
+{
+    data.sesNum = intOrZero(arg1);
+    updateOutputFileName();
+}
+
+void MainWindow::checkBoxSaveData_stateChanged(int arg1)
+{
+    data.saveData = arg1 == Qt::Checked;
+}
+
+void MainWindow::checkBoxFeedBack_stateChanged(int arg1)
+{
+    data.feedBack = arg1 == Qt::Checked;
+    // Without feedback nothing asks the subject for "Next": the next token must come by itself.
+    if (!data.feedBack)
+        checkBoxAutoPlay->setChecked(true);
+    checkBoxAutoPlay->setEnabled(data.feedBack);
+}
+
+void MainWindow::checkBoxAutoPlay_stateChanged(int arg1)
+{
+    data.autoPlay = arg1 == Qt::Checked;
+}
+
+void MainWindow::refreshMainWindow()
+{
+    setEnabled(true);
+    lineEditNTimes->setEnabled(true);
+    pushButtonPractice->setEnabled(true);
+    pushButtonExperiment->setEnabled(true);
+    pushButtonGo->setEnabled(false);
+}

@@ -1,0 +1,175 @@
+// The session: its preparation, the presentation order and the trial loop that the subject's
+// responses drive. Declared in app/MainWindow.h.
+
+#include "app/FieldText.h"
+#include "app/MainWindow.h"
+#include "app/PresentationOrder.h"
+#include "data/Scoring.h"
+#include "subject/SubjectWindow.h"
+
+#include <QComboBox>
+#include <QDebug>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <chrono>
+
+using namespace Qt::StringLiterals;
+
+void MainWindow::pushButtonPractice_clicked()
+{
+    beginPreparation(0);
+    pushButtonExperiment->setEnabled(false);
+}
+
+void MainWindow::pushButtonExperiment_clicked()
+{
+    beginPreparation(1);
+    pushButtonExperiment->setEnabled(true);
+}
+
+void MainWindow::beginPreparation(int sesTypeIndex)
+{
+    data.nTimes = intOrZero(lineEditNTimes->text());
+    nTimesSeq = data.nTimes;
+    comboBoxSesType->setCurrentIndex(sesTypeIndex);
+    getReadyToGo();
+    pushButtonPractice->setEnabled(true);
+    pushButtonGo->setEnabled(nTokens >= 1);
+}
+
+void MainWindow::getReadyToGo()
+{
+    // A session that was broken off may still be sounding or have a presentation scheduled; neither
+    // may reach into this one.
+    releaseAudioOutput();
+    ++nPreparations;
+
+    data.records.clear();
+    data.entries.clear();
+    randomSequence.clear();
+    trialIndex = 0;
+    tokenIndex = 0;
+    nTokens = 0;
+    data.sesTypeIndex = comboBoxSesType->currentIndex();
+    getParameters();
+    selectFolder();
+    if (nTokens > 0) {
+        genRandomSequence();
+        genWav();
+        displayWav();
+        genFFT();
+        displayFFT();
+        updateTrend();
+        updateWavTextFields();
+        updateStatusString();
+    }
+}
+
+void MainWindow::genRandomSequence()
+{
+    const auto now = std::chrono::system_clock::now().time_since_epoch().count();
+    randomSequence = presentationOrder(nTokens, nTimesSeq, static_cast<quint32>(now));
+}
+
+void MainWindow::updateWavTextFields()
+{
+    lineEditWavFilePath->setText(data.wavFilePath);
+    lineEditWavFileName->setText(data.records.at(tokenIndex).filename);
+}
+
+void MainWindow::pushButtonGo_clicked()
+{
+    disableAllComponents();
+    getParameters();
+
+    subjectWindow = new SubjectWindow(this);
+    connect(subjectWindow, SIGNAL(subjectResponded(int)), this, SLOT(updateMainwindow(int)));
+    connect(subjectWindow, SIGNAL(subjectWindowClosed()), this, SLOT(refreshMainWindow()));
+    connect(this, SIGNAL(soundPlaying(int)), subjectWindow, SLOT(updateSubjectWindow(int)));
+    connect(this, SIGNAL(doneDataCollection(qreal, qreal, qint32)), subjectWindow,
+            SLOT(finishExperiment(qreal, qreal, qint32)));
+    connect(this, SIGNAL(deliverFeedBackStatus(bool)), subjectWindow,
+            SLOT(receiveFeedBackStatus(bool)));
+    connect(this, SIGNAL(deliverAutoPlayStatus(bool)), subjectWindow,
+            SLOT(receiveAutoPlayStatus(bool)));
+    connect(this, SIGNAL(deliverSubCode(QString)), subjectWindow, SLOT(receiveSubCode(QString)));
+    connect(this, SIGNAL(deliverWavFileName(QString)), subjectWindow,
+            SLOT(receiveWavFileName(QString)));
+
+    emit deliverFeedBackStatus(data.feedBack);
+    emit deliverAutoPlayStatus(data.autoPlay);
+    emit deliverSubCode(data.subCode);
+    subjectWindow->show();
+}
+
+void MainWindow::updateMainwindow(int response)
+{
+    playCount = 0;
+    switch (response) {
+    case ReadyResponse:
+        qDebug() << "Test just started";
+        getParameters();
+        emit deliverWavFileName(data.wavFileName);
+        qDebug() << data.wavFileName;
+        playWav();
+        break;
+    case MotherResponse:
+    case StrangerResponse:
+        takeAnswer(response == MotherResponse ? Category::Mother : Category::Stranger);
+        break;
+    case NextResponse:
+        if (randomSequence.size() <= trialIndex) {
+            finishIt();
+            break;
+        }
+        prepareNextPresentation();
+        emit deliverWavFileName(data.wavFileName);
+        qDebug() << data.wavFileName;
+        playWav();
+        break;
+    default:
+        QMessageBox::warning(nullptr, u"Warning"_s, u"Invalid response"_s, QMessageBox::Ok);
+        break;
+    }
+}
+
+void MainWindow::takeAnswer(Category answer)
+{
+    const auto rt = static_cast<double>(reactionTimer->elapsed());
+    const qint32 trial = trialIndex - 1;
+    if (trial < 0 || trial >= data.entries.size())
+        return; // nothing has been presented that could be answered
+    qDebug() << "response: " << (answer == Category::Mother ? MotherResponse : StrangerResponse);
+
+    Record &record = data.records[tokenIndex];
+    scoreAnswer(data.entries[trial], record, tokenCategory(data.wavFileName, data.subCode), answer,
+                rt);
+    if (answer == Category::Mother) {
+        trendY[tokenIndex] = record.nMother;
+        trendPoints[tokenIndex].setY(record.nMother);
+    }
+    updateTrend();
+
+    if (randomSequence.size() <= trialIndex) {
+        finishIt();
+    } else if (!data.feedBack || data.autoPlay) {
+        prepareNextPresentation();
+        getParameters();
+        emit deliverWavFileName(data.wavFileName);
+        playWav();
+    }
+}
+
+/// Loads, shows and announces to the operator the token of the next presentation.
+void MainWindow::prepareNextPresentation()
+{
+    genWav();
+    displayWav();
+    genFFT();
+    displayFFT();
+    updateWavTextFields();
+    updateStatusString();
+}

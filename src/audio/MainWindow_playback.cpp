@@ -1,0 +1,140 @@
+// The current token: loading it, scheduling and playing it. Declared in app/MainWindow.h.
+
+#include "app/FieldText.h"
+#include "app/MainWindow.h"
+#include "app/PresentationOrder.h"
+#include "audio/TrailingSilence.h"
+#include "plots/WaveformSpan.h"
+
+#include <QAudioDevice>
+#include <QAudioSink>
+#include <QBuffer>
+#include <QDebug>
+#include <QElapsedTimer>
+#include <QLibraryInfo>
+#include <QLineEdit>
+#include <QMediaDevices>
+#include <QTimer>
+
+#include <utility>
+
+void MainWindow::genWav()
+{
+    // Without presentations the order is empty; the first token is still shown to the operator.
+    tokenIndex = randomSequence.value(trialIndex, 0);
+    const Record &record = data.records.at(tokenIndex);
+    data.wavFilePath = record.filePath;
+    data.wavFileName = record.filename;
+    if (trialIndex < data.entries.size()) {
+        Entry &entry = data.entries[trialIndex];
+        entry.filePath = record.filePath;
+        entry.filename = record.filename;
+    }
+
+    soundPath = data.wavFilePath + u'/' + data.wavFileName;
+    const bool loaded = wav.LoadWav(soundPath.toUtf8().toStdString());
+    const std::optional<TokenSize> size = loaded ? tokenSize(wav) : std::nullopt;
+    if (size)
+        currentToken = *size;
+    else
+        qWarning() << "Cannot present" << soundPath << "- the previous sound is played instead.";
+
+    data.nSamples = currentToken.nPoints;
+    data.soundDuration = currentToken.duration;
+    lineEditDuration->setText(millisecondsText(data.soundDuration));
+    updateNPointsToPlot();
+    sizeSpectrum();
+    if (size) {
+        if (trialIndex == 0 && playCount == 0)
+            soundWave.fill(0.0);
+        takeFirstChannel(wav, currentToken.nPoints, soundWave);
+    }
+    sizeTimeAxis();
+}
+
+void MainWindow::updateNPointsToPlot()
+{
+    const WaveformSpan span = waveformSpan(data.durationToPlot, data.fs, data.nSamples,
+                                           data.alwaysPlotEntireWaveformFlag != 0);
+    data.nPointsToPlot = span.nPoints;
+    data.durationToPlot = span.duration;
+}
+
+void MainWindow::sizeTimeAxis()
+{
+    timeAxis.resize(data.nPointsToPlot);
+    for (qsizetype i = 0; i < timeAxis.size(); ++i)
+        timeAxis[i] = static_cast<double>(i) * (1 / data.fs * 1000);
+}
+
+int MainWindow::playWav()
+{
+    if (randomSequence.size() > trialIndex) {
+        // A session that is broken off keeps its scheduled token, but once another one has been
+        // prepared that token must not sound in it.
+        QTimer::singleShot(presentationDelay(data.soundDuration, data.si), this,
+                           [this, preparation = nPreparations] {
+                               if (preparation == nPreparations)
+                                   playOneSound();
+                           });
+    }
+    return ++trialIndex;
+}
+
+void MainWindow::playOneSound()
+{
+    if (playCount >= maxPlayCount)
+        return;
+
+    releaseAudioOutput(); // the sound of a session that was broken off may still be there
+    const auto silentSamples = static_cast<qsizetype>(trailingSilence(QLibraryInfo::version()) *
+                                                      audioOutputFormat.sampleRate());
+    audioData = new QByteArray(playbackBytes(soundWave, silentSamples));
+    audioBuffer = new QBuffer(audioData);
+    audioBuffer->open(QIODevice::ReadOnly);
+    audioSink = new QAudioSink(QMediaDevices::defaultAudioOutput(), audioOutputFormat, this);
+    connect(audioSink, SIGNAL(stateChanged(QAudio::State)), this,
+            SLOT(handleAudioStateChanged(QAudio::State)));
+    audioSink->start(audioBuffer);
+
+    ++playCount;
+    emit soundPlaying(playCount);
+}
+
+void MainWindow::handleAudioStateChanged(QAudio::State audioState)
+{
+    if (audioSink == nullptr)
+        return; // a late notification of an output that has been released
+    if (audioState == QAudio::StoppedState && audioSink->error() != QAudio::NoError)
+        qWarning() << "Audio stopped unexpectedly";
+    // Idle with samples unread is an underrun, from which the output recovers: not the sound's end.
+    if (audioState != QAudio::IdleState || !audioBuffer->atEnd())
+        return;
+
+    releaseAudioOutput();
+    if (playCount == maxPlayCount) {
+        if (reactionTimerStarts == 0)
+            reactionTimer->start();
+        else
+            reactionTimer->restart();
+        ++reactionTimerStarts;
+        emit soundPlaying(-1);
+    }
+}
+
+/// Stops and deletes what plays, if anything does. The members are cleared first: deleting a sink
+/// can process events, and what they call must find nothing half released.
+void MainWindow::releaseAudioOutput()
+{
+    QAudioSink *sink = std::exchange(audioSink, nullptr);
+    QBuffer *buffer = std::exchange(audioBuffer, nullptr);
+    QByteArray *bytes = std::exchange(audioData, nullptr);
+    if (sink != nullptr) {
+        sink->disconnect(this);
+        sink->stop();
+        buffer->close();
+    }
+    delete sink;
+    delete buffer;
+    delete bytes;
+}

@@ -1,0 +1,65 @@
+// The sound folder and the list of tokens. Declared in app/MainWindow.h.
+
+#include "app/MainWindow.h"
+#include "app/PresentationOrder.h"
+#include "data/DesktopFolder.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QList<Record> tokensIn(const QString &folder)
+{
+    QList<Record> tokens;
+    const QFileInfoList files = QDir(folder).entryInfoList();
+    for (const QFileInfo &file : files) {
+        if (!file.isFile() || file.suffix().toLower() != "wav"_L1)
+            continue;
+        Record token;
+        token.filePath = folder;
+        token.filename = file.fileName();
+        tokens.append(token);
+    }
+    return tokens;
+}
+
+} // namespace
+
+void MainWindow::selectFolder()
+{
+    bool again = false;
+    do {
+        data.desktopPath = desktopFolder();
+        data.wavFilePath = QFileDialog::getExistingDirectory(
+            this, u"Select a folder"_s, data.desktopPath, QFileDialog::ReadOnly);
+        data.records = tokensIn(data.wavFilePath);
+        again = data.records.isEmpty() &&
+                QMessageBox::question(this, u"Question"_s,
+                                      u"This folder contains no .wav files.\nDo you want to select "
+                                      "another folder?"_s,
+                                      QMessageBox::Yes | QMessageBox::No,
+                                      QMessageBox::Yes) == QMessageBox::Yes;
+    } while (again);
+
+    if (!presentationCount(static_cast<int>(data.records.size()), data.nTimes)) {
+        QMessageBox::warning(this, u"Warning"_s,
+                             u"%1 tokens, %2 times each, are more than the %3 presentations that "
+                             "a session can have."_s.arg(data.records.size())
+                                 .arg(data.nTimes)
+                                 .arg(maxPresentations),
+                             QMessageBox::Ok);
+        data.records.clear();
+    }
+    nTokens = static_cast<qint32>(data.records.size());
+    initDataEntries();
+}
+
+void MainWindow::initDataEntries()
+{
+    data.entries = QList<Entry>(presentationCount(nTokens, data.nTimes).value_or(0), Entry());
+}
