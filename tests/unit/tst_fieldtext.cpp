@@ -1,0 +1,108 @@
+#include "app/FieldText.h"
+
+#include <QLocale>
+#include <QTest>
+
+#include <limits>
+
+class TestFieldText : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void wholeNumber_data();
+    void wholeNumber();
+    void durationShown_data();
+    void durationShown();
+    void durationRead_data();
+    void durationRead();
+    void durationThroughTheField();
+};
+
+// A locale with a decimal comma shows whether the texts depend on the user's language.
+void TestFieldText::initTestCase()
+{
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+}
+
+void TestFieldText::wholeNumber_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("expected");
+
+    QTest::newRow("digits") << "12" << 12;
+    QTest::newRow("zero") << "0" << 0;
+    QTest::newRow("leading zeros are not octal") << "010" << 10;
+    QTest::newRow("negative") << "-3" << -3;
+    QTest::newRow("blanks around") << " 7 " << 7;
+    QTest::newRow("largest") << "2147483647" << std::numeric_limits<int>::max();
+    QTest::newRow("smallest") << "-2147483648" << std::numeric_limits<int>::min();
+    QTest::newRow("one too large") << "2147483648" << 0;
+    QTest::newRow("one too small") << "-2147483649" << 0;
+    QTest::newRow("beyond 64 bits") << "99999999999999999999" << 0;
+    QTest::newRow("letter") << "x" << 0;
+    QTest::newRow("trailing letter") << "4x" << 0;
+    QTest::newRow("empty") << "" << 0;
+    QTest::newRow("fraction") << "1.5" << 0;
+    QTest::newRow("exponent") << "1e2" << 0;
+    QTest::newRow("hexadecimal") << "0x10" << 0;
+}
+
+// Catches a partial parse, a wrapped overflow and another base.
+void TestFieldText::wholeNumber()
+{
+    QFETCH(const QString, text);
+    QTEST(intOrZero(text), "expected");
+}
+
+void TestFieldText::durationShown_data()
+{
+    QTest::addColumn<double>("seconds");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("default duration") << 0.25 << "250.000";
+    QTest::newRow("default interval") << 1.0 << "1000.000";
+    QTest::newRow("none") << 0.0 << "0.000";
+    QTest::newRow("12001 samples at 48 kHz") << 12001 / 48000.0 << "250.021";
+    QTest::newRow("no exponent") << 12345.678 << "12345678.000";
+    QTest::newRow("below a microsecond") << 1e-7 << "0.000";
+}
+
+// Catches seconds shown as they are, another precision, an exponent and a decimal comma.
+void TestFieldText::durationShown()
+{
+    QFETCH(const double, seconds);
+    QTEST(millisecondsText(seconds), "expected");
+}
+
+void TestFieldText::durationRead_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<double>("expected");
+
+    QTest::newRow("default duration") << "250.000" << 0.25;
+    QTest::newRow("without decimals") << "1000" << 1.0;
+    QTest::newRow("exponent") << "1e3" << 1.0;
+    QTest::newRow("negative") << "-250" << -0.25;
+    QTest::newRow("empty") << "" << 0.0;
+    QTest::newRow("letters") << "abc" << 0.0;
+    QTest::newRow("trailing unit") << "250 ms" << 0.0;
+    QTest::newRow("decimal comma") << "250,5" << 0.0;
+}
+
+// Catches a text taken as seconds, and a text that half parses.
+void TestFieldText::durationRead()
+{
+    QFETCH(const QString, text);
+    QTEST(secondsOfMillisecondsText(text), "expected");
+}
+
+// Catches a duration that keeps more digits than the field shows.
+void TestFieldText::durationThroughTheField()
+{
+    QCOMPARE(secondsOfMillisecondsText(millisecondsText(12001 / 48000.0)), 0.250021);
+}
+
+QTEST_APPLESS_MAIN(TestFieldText)
+#include "tst_fieldtext.moc"
