@@ -1,0 +1,66 @@
+#pragma once
+
+#include "app/MainWindow.h"
+
+/// The operator's window with what it keeps to itself laid open.
+class OperatorWindow : public MainWindow
+{
+    Q_OBJECT
+
+public:
+    using MainWindow::MainWindow;
+
+    using MainWindow::centerAndResizeMainWindow;
+    using MainWindow::computeResults;
+    using MainWindow::disableAllComponents;
+    using MainWindow::finishIt;
+    using MainWindow::genWav;
+    using MainWindow::getParameters;
+    using MainWindow::initDataEntries;
+    using MainWindow::updateStatusString;
+    using MainWindow::writeDataToTxt;
+
+    using MainWindow::audioBuffer;
+    using MainWindow::audioData;
+    using MainWindow::audioSink;
+    using MainWindow::currentToken;
+    using MainWindow::data;
+    using MainWindow::nTimesSeq;
+    using MainWindow::nTokens;
+    using MainWindow::playCount;
+    using MainWindow::randomSequence;
+    using MainWindow::reactionTimer;
+    using MainWindow::soundWave;
+    using MainWindow::subjectWindow;
+    using MainWindow::tokenIndex;
+    using MainWindow::trendY;
+    using MainWindow::trialIndex;
+
+    using MainWindow::comboBoxMainParameter;
+    using MainWindow::comboBoxSesType;
+    using MainWindow::comboBoxSoundType;
+    using MainWindow::gridLayoutControls;
+    using MainWindow::gridLayoutMain;
+    using MainWindow::gridLayoutPlots;
+    using MainWindow::labelMainParameter;
+    using MainWindow::labelSesType;
+    using MainWindow::labelSoundType;
+    using MainWindow::rowLayouts;
+
+    using MainWindow::checkBoxAutoPlay;
+    using MainWindow::checkBoxFeedBack;
+    using MainWindow::checkBoxSaveData;
+    using MainWindow::lineEditNTimes;
+    using MainWindow::lineEditOutputFileName;
+    using MainWindow::lineEditOutputFilePath;
+    using MainWindow::lineEditSesNum;
+    using MainWindow::lineEditSi;
+    using MainWindow::lineEditStatus;
+    using MainWindow::lineEditSubCode;
+    using MainWindow::lineEditWavFileName;
+    using MainWindow::lineEditWavFilePath;
+    using MainWindow::pushButtonExperiment;
+    using MainWindow::pushButtonGo;
+    using MainWindow::pushButtonPractice;
+    using MainWindow::pushButtonQuit;
+};

@@ -1,0 +1,680 @@
+#include "gui/GuiTestMain.h"
+#include "gui/ModalAnswer.h"
+#include "gui/OperatorWindow.h"
+#include "subject/SubjectWindow.h"
+#include "unit/WavFile.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMetaMethod>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+
+#include <memory>
+
+namespace {
+
+QString desktop()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+}
+
+/// The object names of what a row layout holds, from left to right.
+QStringList namesIn(const QLayout *row)
+{
+    QStringList names;
+    for (int i = 0; i < row->count(); ++i)
+        names.append(row->itemAt(i)->widget()->objectName());
+    return names;
+}
+
+QRect cellOf(const QGridLayout *grid, const QLayoutItem *item)
+{
+    int row = -1;
+    int column = -1;
+    int rowSpan = -1;
+    int columnSpan = -1;
+    for (int i = 0; i < grid->count(); ++i) {
+        if (grid->itemAt(i) == item)
+            grid->getItemPosition(i, &row, &column, &rowSpan, &columnSpan);
+    }
+    return {column, row, columnSpan, rowSpan};
+}
+
+} // namespace
+
+class TestMainWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void title();
+    void signalsAndSlots();
+    void labels_data();
+    void labels();
+    void otherTexts_data();
+    void otherTexts();
+    void rows_data();
+    void rows();
+    void grids();
+    void heading();
+    void buttonHeights();
+    void buddies_data();
+    void buddies();
+    void selectorsStayHidden();
+
+    void geometryAtStart();
+    void geometry_data();
+    void geometry();
+
+    void lineEditDefaults_data();
+    void lineEditDefaults();
+    void buttonsAtStart();
+    void parametersAtStart();
+
+    void feedbackLocksAutoPlay();
+    void checkBoxesSetTheirFields();
+    void partiallyCheckedIsOff();
+    void sessionNumber_data();
+    void sessionNumber();
+    void subjectCode_data();
+    void subjectCode();
+    void selectorsSetTheirFields();
+    void parametersReadBack_data();
+    void parametersReadBack();
+    void waveformSpanFollowsDuration();
+
+    void statusText();
+    void disableAll();
+    void doNothingChangesNothing();
+    void refresh();
+    void quitCloses();
+
+    void destruction_data();
+    void destruction();
+
+private:
+    std::unique_ptr<OperatorWindow> m_window;
+};
+
+void TestMainWindow::init()
+{
+    m_window = std::make_unique<OperatorWindow>();
+}
+
+void TestMainWindow::cleanup()
+{
+    m_window.reset();
+}
+
+// Catches another title, and an icon where the platform's default is to show.
+void TestMainWindow::title()
+{
+    QCOMPARE(m_window->windowTitle(), "Tavel Lab | Ostrine (v014) | Main Window");
+    QVERIFY(m_window->windowIcon().pixmap(16).isNull());
+}
+
+// Catches a signal or slot that is missing, renamed or with other arguments.
+void TestMainWindow::signalsAndSlots()
+{
+    const QMetaObject &meta = MainWindow::staticMetaObject;
+    const QList<QByteArray> expected = {
+        "soundPlaying(int)",
+        QMetaObject::normalizedSignature("doneDataCollection(qreal,qreal,qint32)"),
+        "deliverFeedBackStatus(bool)",
+        "deliverAutoPlayStatus(bool)",
+        "deliverSubCode(QString)",
+        "deliverWavFileName(QString)",
+        "pushButtonPractice_clicked()",
+        "pushButtonExperiment_clicked()",
+        "pushButtonGo_clicked()",
+        "updateMainwindow(int)",
+        "playOneSound()",
+        "doNothing()",
+        "handleAudioStateChanged(QAudio::State)",
+        "comboBoxSesType_currentIndexChanged(int)",
+        "comboBoxSoundType_currentIndexChanged(int)",
+        "comboBoxMainParameter_currentIndexChanged(int)",
+        "lineEditSubCode_textChanged(QString)",
+        "lineEditSesNum_textChanged(QString)",
+        "checkBoxSaveData_stateChanged(int)",
+        "checkBoxFeedBack_stateChanged(int)",
+        "checkBoxAutoPlay_stateChanged(int)",
+        "refreshMainWindow()"};
+    for (const QByteArray &signature : expected)
+        QVERIFY2(meta.indexOfMethod(signature) >= meta.methodOffset(), signature);
+    QCOMPARE(meta.methodCount() - meta.methodOffset(), expected.size());
+}
+
+void TestMainWindow::labels_data()
+{
+    QTest::addColumn<QString>("text");
+    const QList<std::pair<const char *, const char *>> all = {
+        {"labelSoundFileInformation", "Sound File Information"},
+        {"labelFs", "Sampling rate"},
+        {"labelDuration", "Sound duration (ms)"},
+        {"labelSi", "Silent interval (ms)"},
+        {"labelSubCode", "Subject code"},
+        {"labelSesNum", "Session"},
+        {"labelNTimes", "N times per token"},
+        {"labelWavFilePath", "WAV filepath"},
+        {"labelWavFileName", "WAV filename"},
+        {"labelOutputFilePath", "Output filepath"},
+        {"labelOutputFileName", "Output filename"},
+        {"labelStatus", "Status"}};
+    for (const auto &[name, text] : all)
+        QTest::newRow(name) << text;
+}
+
+// Catches a changed label, and one that is not shown.
+void TestMainWindow::labels()
+{
+    const auto *label = m_window->findChild<QLabel *>(QTest::currentDataTag());
+    QVERIFY(label);
+    QTEST(label->text(), "text");
+    QVERIFY(label->isVisibleTo(m_window.get()));
+}
+
+void TestMainWindow::otherTexts_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("pushButtonPractice") << "Practice";
+    QTest::newRow("pushButtonExperiment") << "Experiment";
+    QTest::newRow("pushButtonGo") << "Go";
+    QTest::newRow("pushButtonQuit") << "Quit";
+    QTest::newRow("checkBoxSaveData") << "Save data to file";
+    QTest::newRow("checkBoxFeedBack") << "Provide feedback";
+    QTest::newRow("checkBoxAutoPlay") << "Play sound automatically";
+}
+
+// Catches a changed text of a button or check box.
+void TestMainWindow::otherTexts()
+{
+    const auto *button = m_window->findChild<QAbstractButton *>(QTest::currentDataTag());
+    QVERIFY(button);
+    QTEST(button->text(), "text");
+}
+
+void TestMainWindow::rows_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QStringList>("names");
+    const QList<QStringList> rows = {
+        {"labelWavFilePath", "lineEditWavFilePath"},
+        {"labelWavFileName", "lineEditWavFileName"},
+        {"labelFs", "lineEditFs"},
+        {"labelDuration", "lineEditDuration"},
+        {"labelSi", "lineEditSi"},
+        {"labelSubCode", "lineEditSubCode", "checkBoxSaveData"},
+        {"labelSesNum", "lineEditSesNum"},
+        {"labelNTimes", "lineEditNTimes"},
+        {"checkBoxFeedBack", "checkBoxAutoPlay"},
+        {"pushButtonPractice", "pushButtonExperiment", "pushButtonGo", "pushButtonQuit"},
+        {"labelOutputFilePath", "lineEditOutputFilePath"},
+        {"labelOutputFileName", "lineEditOutputFileName"},
+        {"labelStatus", "lineEditStatus"}};
+    for (int i = 0; i < rows.size(); ++i)
+        QTest::addRow("%d", i + 2) << i + 2 << rows.at(i);
+}
+
+// Catches controls in another row or order, and a row which does not span the four columns.
+void TestMainWindow::rows()
+{
+    QFETCH(const int, row);
+    QLayoutItem *item = m_window->gridLayoutControls->itemAtPosition(row, 0);
+    QVERIFY(item && item->layout());
+    QTEST(namesIn(item->layout()), "names");
+    QCOMPARE(cellOf(m_window->gridLayoutControls, item), QRect(0, row, 4, 1));
+    QVERIFY(qobject_cast<QHBoxLayout *>(item->layout()));
+}
+
+// Catches the halves of the window swapped, the plots' share of the width and a filled row 0.
+void TestMainWindow::grids()
+{
+    QGridLayout *grid = m_window->gridLayoutMain;
+    QVERIFY(m_window->QMainWindow::centralWidget()->layout() == grid);
+    QVERIFY(grid->itemAtPosition(0, 0)->layout() == m_window->gridLayoutControls);
+    QVERIFY(grid->itemAtPosition(0, 1)->layout() == m_window->gridLayoutPlots);
+    QCOMPARE(cellOf(grid, grid->itemAtPosition(0, 0)), QRect(0, 0, 1, 1));
+    QCOMPARE(cellOf(grid, grid->itemAtPosition(0, 1)), QRect(1, 0, 1, 1));
+    QCOMPARE(grid->columnStretch(0), 1);
+    QCOMPARE(grid->columnStretch(1), 2);
+    QCOMPARE(m_window->rowLayouts.size(), 13);
+    QCOMPARE(m_window->gridLayoutControls->count(), 14);
+    for (int column = 0; column < 4; ++column)
+        QVERIFY(!m_window->gridLayoutControls->itemAtPosition(0, column));
+}
+
+// Catches a heading that is not centred, grows in height or may shrink below its least width.
+void TestMainWindow::heading()
+{
+    const auto *heading = m_window->findChild<QLabel *>("labelSoundFileInformation");
+    QVERIFY(m_window->gridLayoutControls->itemAtPosition(1, 0)->widget() == heading);
+    QCOMPARE(heading->alignment() & Qt::AlignHorizontal_Mask, Qt::AlignHCenter);
+    QCOMPARE(heading->sizePolicy().horizontalPolicy(), QSizePolicy::Preferred);
+    QCOMPARE(heading->sizePolicy().verticalPolicy(), QSizePolicy::Fixed);
+    QCOMPARE(heading->minimumWidth(), 100);
+}
+
+// Catches a button of the usual, too small height.
+void TestMainWindow::buttonHeights()
+{
+    m_window->show();
+    for (const QPushButton *button : {m_window->pushButtonPractice, m_window->pushButtonExperiment,
+                                      m_window->pushButtonGo, m_window->pushButtonQuit}) {
+        QCOMPARE(button->minimumHeight(), 60);
+        QVERIFY(button->height() >= 60);
+    }
+}
+
+void TestMainWindow::buddies_data()
+{
+    QTest::addColumn<QString>("buddy");
+    for (const char *stem : {"WavFilePath", "WavFileName", "Fs", "Duration", "Si", "SubCode",
+                             "SesNum", "NTimes", "OutputFilePath", "OutputFileName", "Status"})
+        QTest::newRow(stem) << QString("lineEdit") + stem;
+}
+
+// Catches a field whose label a screen reader cannot tell.
+void TestMainWindow::buddies()
+{
+    const auto *label = m_window->findChild<QLabel *>(QString("label") + QTest::currentDataTag());
+    QVERIFY(label && label->buddy());
+    QTEST(label->buddy()->objectName(), "buddy");
+}
+
+// Catches a selector that gets into the window, and one without its items.
+void TestMainWindow::selectorsStayHidden()
+{
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    const QList<QWidget *> hidden = {m_window->comboBoxSesType,       m_window->comboBoxSoundType,
+                                     m_window->comboBoxMainParameter, m_window->labelSesType,
+                                     m_window->labelSoundType,        m_window->labelMainParameter};
+    for (const QWidget *widget : hidden) {
+        QVERIFY2(!widget->isVisible(), qPrintable(widget->objectName()));
+        QVERIFY2(!widget->parentWidget(), qPrintable(widget->objectName()));
+    }
+    QCOMPARE(m_window->labelSesType->text(), "Session type");
+    QCOMPARE(m_window->labelSoundType->text(), "Sound type");
+    QCOMPARE(m_window->labelMainParameter->text(), "Main parameter");
+
+    const auto items = [](const QComboBox *comboBox) {
+        QStringList texts;
+        for (int i = 0; i < comboBox->count(); ++i)
+            texts.append(comboBox->itemText(i));
+        return texts;
+    };
+    QCOMPARE(items(m_window->comboBoxSesType), QStringList({"practice", "experiment"}));
+    QCOMPARE(items(m_window->comboBoxSoundType), QStringList({".wav files", "reserved"}));
+    QCOMPARE(items(m_window->comboBoxMainParameter), QStringList({"sound files", "reserved"}));
+    for (const QComboBox *comboBox :
+         {m_window->comboBoxSesType, m_window->comboBoxSoundType, m_window->comboBoxMainParameter})
+        QCOMPARE(comboBox->currentIndex(), 0);
+}
+
+// Catches other shares of the screen or another place than its middle.
+void TestMainWindow::geometryAtStart()
+{
+    QCOMPARE(QGuiApplication::primaryScreen()->availableSize(), QSize(800, 800));
+    QCOMPARE(m_window->geometry(), QRect(80, 40, 640, 720));
+}
+
+void TestMainWindow::geometry_data()
+{
+    QTest::addColumn<bool>("center");
+    QTest::addColumn<double>("width");
+    QTest::addColumn<double>("height");
+    QTest::addColumn<QPoint>("before");
+    QTest::addColumn<QRect>("expected");
+
+    QTest::newRow("centred") << true << 0.5 << 0.25 << QPoint(7, 9) << QRect(200, 300, 400, 200);
+    QTest::newRow("truncated") << true << 0.3333 << 0.6666 << QPoint(7, 9)
+                               << QRect(267, 133, 266, 533);
+    QTest::newRow("above 1") << true << 1.5 << 20.0 << QPoint(7, 9) << QRect(0, 0, 800, 800);
+    QTest::newRow("negative") << true << -0.5 << 0.5 << QPoint(7, 9) << QRect(400, 200, 0, 400);
+    QTest::newRow("stays") << false << 0.5 << 0.5 << QPoint(120, 90) << QRect(120, 90, 400, 400);
+    QTest::newRow("stays, but off the edges")
+        << false << 0.5 << 0.5 << QPoint(-30, 12) << QRect(5, 40, 400, 400);
+}
+
+// Catches a fraction that is not limited or rounded, and a corner that is not kept.
+void TestMainWindow::geometry()
+{
+    QFETCH(const bool, center);
+    QFETCH(const double, width);
+    QFETCH(const double, height);
+    QFETCH(const QPoint, before);
+    m_window->setGeometry(QRect(before, QSize(300, 300)));
+    m_window->centerAndResizeMainWindow(center, width, height);
+    QTEST(m_window->geometry(), "expected");
+}
+
+void TestMainWindow::lineEditDefaults_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("enabled");
+    QTest::newRow("lineEditFs") << "48000" << false;
+    QTest::newRow("lineEditDuration") << "250.000" << false;
+    QTest::newRow("lineEditSi") << "1000.000" << false;
+    QTest::newRow("lineEditSubCode") << "CHD001" << true;
+    QTest::newRow("lineEditSesNum") << "1" << true;
+    QTest::newRow("lineEditNTimes") << "1" << true;
+    QTest::newRow("lineEditWavFilePath") << desktop() << false;
+    QTest::newRow("lineEditWavFileName") << "MOV001_01.wav" << false;
+    QTest::newRow("lineEditOutputFilePath") << desktop() + "/CHD001" << false;
+    QTest::newRow("lineEditOutputFileName") << "CHD001_practice001.txt" << false;
+    QTest::newRow("lineEditStatus") << "not started yet" << false;
+}
+
+// Catches a text of creation time left standing, and a field that is open to be edited or is not.
+void TestMainWindow::lineEditDefaults()
+{
+    const auto *lineEdit = m_window->findChild<QLineEdit *>(QTest::currentDataTag());
+    QVERIFY(lineEdit);
+    QTEST(lineEdit->text(), "text");
+    QTEST(lineEdit->isEnabled(), "enabled");
+}
+
+// Catches an experiment offered before the practice, a Go without tokens and a switch left off.
+void TestMainWindow::buttonsAtStart()
+{
+    QVERIFY(m_window->isEnabled());
+    QVERIFY(m_window->pushButtonPractice->isEnabled());
+    QVERIFY(!m_window->pushButtonExperiment->isEnabled());
+    QVERIFY(!m_window->pushButtonGo->isEnabled());
+    QVERIFY(m_window->pushButtonQuit->isEnabled());
+    for (const QCheckBox *checkBox :
+         {m_window->checkBoxSaveData, m_window->checkBoxFeedBack, m_window->checkBoxAutoPlay}) {
+        QVERIFY2(checkBox->isChecked(), qPrintable(checkBox->objectName()));
+        QVERIFY2(checkBox->isEnabled(), qPrintable(checkBox->objectName()));
+    }
+}
+
+// Catches sizes that do not follow from the default duration.
+void TestMainWindow::parametersAtStart()
+{
+    QCOMPARE(m_window->data.alwaysPlotEntireWaveformFlag, 1);
+    QCOMPARE(m_window->data.nPointsToPlot, 12000);
+    QCOMPARE(m_window->data.nFreqPointsToPlot, 682);
+    QVERIFY(!m_window->reactionTimer->isValid());
+    QVERIFY(!m_window->audioSink);
+}
+
+// Catches a session without feedback in which the subject would wait for a "Next" in vain.
+void TestMainWindow::feedbackLocksAutoPlay()
+{
+    m_window->show();
+    m_window->checkBoxAutoPlay->setChecked(false);
+    QVERIFY(!m_window->data.autoPlay);
+
+    m_window->checkBoxFeedBack->click();
+    QVERIFY(!m_window->data.feedBack);
+    QVERIFY(m_window->checkBoxAutoPlay->isChecked());
+    QVERIFY(m_window->data.autoPlay);
+    QVERIFY(!m_window->checkBoxAutoPlay->isEnabled());
+
+    m_window->checkBoxFeedBack->click();
+    QVERIFY(m_window->data.feedBack);
+    QVERIFY(m_window->checkBoxAutoPlay->isChecked());
+    QVERIFY(m_window->checkBoxAutoPlay->isEnabled());
+}
+
+// Catches a check box that is connected to another field or to none.
+void TestMainWindow::checkBoxesSetTheirFields()
+{
+    m_window->show();
+    m_window->checkBoxSaveData->click();
+    QVERIFY(!m_window->data.saveData && m_window->data.feedBack && m_window->data.autoPlay);
+    m_window->checkBoxAutoPlay->click();
+    QVERIFY(!m_window->data.saveData && m_window->data.feedBack && !m_window->data.autoPlay);
+    m_window->checkBoxSaveData->click();
+    m_window->checkBoxAutoPlay->click();
+    QVERIFY(m_window->data.saveData && m_window->data.feedBack && m_window->data.autoPlay);
+}
+
+// Catches a state that is taken for on because it is not off.
+void TestMainWindow::partiallyCheckedIsOff()
+{
+    m_window->checkBoxSaveData_stateChanged(Qt::PartiallyChecked);
+    QVERIFY(!m_window->data.saveData);
+    m_window->checkBoxAutoPlay_stateChanged(Qt::PartiallyChecked);
+    QVERIFY(!m_window->data.autoPlay);
+    m_window->checkBoxFeedBack_stateChanged(Qt::PartiallyChecked);
+    QVERIFY(!m_window->data.feedBack);
+    QVERIFY(!m_window->checkBoxAutoPlay->isEnabled());
+}
+
+void TestMainWindow::sessionNumber_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<int>("sesNum");
+    QTest::addColumn<QString>("fileName");
+    QTest::newRow("one digit") << "7" << 7 << "CHD001_practice007.txt";
+    QTest::newRow("two digits") << "12" << 12 << "CHD001_practice012.txt";
+    QTest::newRow("four digits") << "1234" << 1234 << "CHD001_practice1234.txt";
+    QTest::newRow("letters") << "abc" << 0 << "CHD001_practice000.txt";
+    QTest::newRow("empty") << "" << 0 << "CHD001_practice000.txt";
+    QTest::newRow("hexadecimal") << "0x10" << 0 << "CHD001_practice000.txt";
+    QTest::newRow("fraction") << "1.5" << 0 << "CHD001_practice000.txt";
+    QTest::newRow("largest") << "2147483647" << 2147483647 << "CHD001_practice2147483647.txt";
+    QTest::newRow("too large") << "2147483648" << 0 << "CHD001_practice000.txt";
+}
+
+// Catches a number that is not parsed as the base-10 int, and a file name that does not follow.
+void TestMainWindow::sessionNumber()
+{
+    QFETCH(const QString, typed);
+    m_window->lineEditSesNum->setText(typed);
+    QTEST(m_window->data.sesNum, "sesNum");
+    QTEST(m_window->data.outputFileName, "fileName");
+    QTEST(m_window->lineEditOutputFileName->text(), "fileName");
+    m_window->getParameters();
+    QTEST(m_window->data.sesNum, "sesNum");
+}
+
+void TestMainWindow::subjectCode_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::newRow("short") << "S7";
+    QTest::newRow("longer") << "CHD00123";
+    QTest::newRow("empty") << "";
+    QTest::newRow("letters outside ASCII") << QString::fromUtf8("Zo\u00eb");
+    QTest::newRow("percent signs") << "%1%2";
+}
+
+// Catches a folder or name that keeps the earlier code, and a code taken for a format.
+void TestMainWindow::subjectCode()
+{
+    QFETCH(const QString, code);
+    m_window->lineEditSubCode->setText(code);
+    QCOMPARE(m_window->data.subCode, code);
+    QCOMPARE(m_window->data.outputFilePath, desktop() + '/' + code);
+    QCOMPARE(m_window->lineEditOutputFilePath->text(), desktop() + '/' + code);
+    QCOMPARE(m_window->data.outputFileName, code + "_practice001.txt");
+    QCOMPARE(m_window->lineEditOutputFileName->text(), code + "_practice001.txt");
+}
+
+// Catches a selector connected to another index, and a name that ignores the session type.
+void TestMainWindow::selectorsSetTheirFields()
+{
+    m_window->comboBoxSesType->setCurrentIndex(1);
+    QCOMPARE(m_window->data.sesTypeIndex, 1);
+    QCOMPARE(m_window->lineEditOutputFileName->text(), "CHD001_experiment001.txt");
+    for (QComboBox *comboBox : {m_window->comboBoxSoundType, m_window->comboBoxMainParameter}) {
+        m_window->lineEditOutputFileName->setText("something else");
+        comboBox->setCurrentIndex(1);
+        QCOMPARE(m_window->lineEditOutputFileName->text(), "CHD001_experiment001.txt");
+    }
+    QCOMPARE(m_window->data.soundTypeIndex, 1);
+    QCOMPARE(m_window->data.mainParameterIndex, 1);
+    m_window->comboBoxSesType->setCurrentIndex(0);
+    QCOMPARE(m_window->data.sesTypeIndex, 0);
+    QCOMPARE(m_window->data.soundTypeIndex, 1);
+}
+
+void TestMainWindow::parametersReadBack_data()
+{
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<double>("fs");
+    QTest::addColumn<double>("duration");
+    QTest::addColumn<double>("si");
+    QTest::addColumn<int>("nTimes");
+    QTest::addColumn<int>("nSamples");
+    QTest::newRow("rate") << "lineEditFs"
+                          << "22050" << 22050.0 << 0.25 << 1.0 << 1 << 5512;
+    QTest::newRow("rate, no number") << "lineEditFs"
+                                     << "x" << 0.0 << 0.25 << 1.0 << 1 << 0;
+    QTest::newRow("duration") << "lineEditDuration"
+                              << "250.021" << 48000.0 << 0.250021 << 1.0 << 1 << 12001;
+    QTest::newRow("duration, no number") << "lineEditDuration"
+                                         << "" << 48000.0 << 0.0 << 1.0 << 1 << 0;
+    QTest::newRow("interval") << "lineEditSi"
+                              << "12.5" << 48000.0 << 0.25 << 0.0125 << 1 << 12000;
+    QTest::newRow("interval, no number") << "lineEditSi"
+                                         << "1,5" << 48000.0 << 0.25 << 0.0 << 1 << 12000;
+    QTest::newRow("times") << "lineEditNTimes"
+                           << "20" << 48000.0 << 0.25 << 1.0 << 20 << 12000;
+    QTest::newRow("times, no number") << "lineEditNTimes"
+                                      << "x" << 48000.0 << 0.25 << 1.0 << 0 << 12000;
+}
+
+// Catches a field that is not read, read in another unit, or not refused when it is no number.
+void TestMainWindow::parametersReadBack()
+{
+    QFETCH(const QString, field);
+    QFETCH(const QString, typed);
+    m_window->findChild<QLineEdit *>(field)->setText(typed);
+    m_window->getParameters();
+    QTEST(m_window->data.fs, "fs");
+    QTEST(m_window->data.soundDuration, "duration");
+    QTEST(m_window->data.si, "si");
+    QTEST(m_window->data.nTimes, "nTimes");
+    QTEST(m_window->data.nSamples, "nSamples");
+    QCOMPARE(m_window->data.nPointsToPlot, m_window->data.nSamples);
+}
+
+// Catches a waveform span that does not follow the token's duration back and forth.
+void TestMainWindow::waveformSpanFollowsDuration()
+{
+    auto *duration = m_window->findChild<QLineEdit *>("lineEditDuration");
+    duration->setText("500.000");
+    m_window->getParameters();
+    QCOMPARE(m_window->data.nPointsToPlot, 24000);
+    QCOMPARE(m_window->data.durationToPlot, 0.5);
+    duration->setText("100.000");
+    m_window->getParameters();
+    QCOMPARE(m_window->data.nPointsToPlot, 4800);
+    QCOMPARE(m_window->data.durationToPlot, 0.1);
+}
+
+// Catches a number that starts at zero, another total and the stored session type in its place.
+void TestMainWindow::statusText()
+{
+    m_window->randomSequence = QList<int>(20, 0);
+    m_window->updateStatusString();
+    QCOMPARE(m_window->lineEditStatus->text(), "practice 1/20");
+    m_window->trialIndex = 19;
+    m_window->comboBoxSesType->setCurrentIndex(1);
+    m_window->data.sesTypeIndex = 0;
+    m_window->updateStatusString();
+    QCOMPARE(m_window->lineEditStatus->text(), "experiment 20/20");
+}
+
+// Catches a control of the operator's that stays alive while the subject works.
+void TestMainWindow::disableAll()
+{
+    m_window->disableAllComponents();
+    QVERIFY(!m_window->isEnabled());
+    QVERIFY(!m_window->pushButtonQuit->isEnabled());
+}
+
+// Catches an effect of the slot that is to have none.
+void TestMainWindow::doNothingChangesNothing()
+{
+    const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
+    m_window->doNothing();
+    QCOMPARE(sound.size(), 0);
+    QVERIFY(m_window->isEnabled());
+    QCOMPARE(m_window->lineEditStatus->text(), "not started yet");
+}
+
+// Catches an experiment that stays locked after practice, and a Go without preparation.
+void TestMainWindow::refresh()
+{
+    m_window->disableAllComponents();
+    m_window->lineEditNTimes->setEnabled(false);
+    m_window->pushButtonPractice->setEnabled(false);
+    m_window->pushButtonGo->setEnabled(true);
+    m_window->refreshMainWindow();
+    QVERIFY(m_window->isEnabled());
+    QVERIFY(m_window->lineEditNTimes->isEnabled());
+    QVERIFY(m_window->pushButtonPractice->isEnabled());
+    QVERIFY(m_window->pushButtonExperiment->isEnabled());
+    QVERIFY(!m_window->pushButtonGo->isEnabled());
+}
+
+// Catches a Quit that asks, does nothing or writes a file.
+void TestMainWindow::quitCloses()
+{
+    const ModalAnswer nothing;
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QTest::mouseClick(m_window->pushButtonQuit, Qt::LeftButton);
+    QVERIFY(!m_window->isVisible());
+    QVERIFY(!QDir(desktop() + "/CHD001").exists());
+    QCOMPARE(nothing.problem(), "");
+}
+
+void TestMainWindow::destruction_data()
+{
+    QTest::addColumn<QString>("state");
+    for (const char *state : {"built", "shown", "closed", "prepared", "waiting", "with a parent"})
+        QTest::newRow(state) << state;
+}
+
+// Catches a widget deleted twice or used after it was deleted, and one that is left behind.
+void TestMainWindow::destruction()
+{
+    QFETCH(const QString, state);
+    const QTemporaryDir folder;
+    QVERIFY(writeFile(folder.filePath("a.wav"),
+                      WavBytes{.data = WavBytes::samples16({1, 2, 3})}.bytes()));
+    QWidget parent;
+    if (state == "with a parent")
+        m_window.release()->setParent(&parent);
+    const auto before = QApplication::allWidgets().size();
+    {
+        auto window = std::make_unique<OperatorWindow>();
+        if (state != "built")
+            window->show();
+        if (state == "closed")
+            window->close();
+        if (state == "prepared" || state == "waiting") {
+            ModalAnswer answers;
+            answers.choose(folder.path());
+            QTest::mouseClick(window->pushButtonPractice, Qt::LeftButton);
+            QCOMPARE(answers.problem(), "");
+            QVERIFY(window->pushButtonGo->isEnabled());
+        }
+        if (state == "waiting") {
+            QTest::mouseClick(window->pushButtonGo, Qt::LeftButton);
+            QVERIFY(window->subjectWindow && window->subjectWindow->isVisible());
+        }
+        QCoreApplication::processEvents();
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(QApplication::allWidgets().size(), before);
+}
+
+GUI_TEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"

@@ -1,0 +1,541 @@
+#include "gui/GuiTestMain.h"
+#include "gui/ModalAnswer.h"
+#include "subject/SubjectWindow.h"
+
+#include <QGridLayout>
+#include <QImage>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+
+#include <memory>
+
+namespace {
+
+const QString hoverSheet =
+    "QPushButton:hover {background-color: rgb(0, 255, 255); border: 1px solid blue;}";
+const QString correctSheet =
+    "QPushButton {    background-image: url(:/imageFiles/correct.png);    background-repeat: "
+    "no-repeat;    background-position: center;}QPushButton:hover {    background-color: rgb(0, "
+    "255, 255);    border: 1px solid blue;}";
+const QString incorrectSheet =
+    "QPushButton {    background-image: url(:/imageFiles/incorrect.png);    background-repeat: "
+    "no-repeat;    background-position: center;}QPushButton:hover {    background-color: rgb(0, "
+    "255, 255);    border: 1px solid blue;}";
+
+const QList<const char *> everything = {"pushButtonChoice2", "pushButtonChoice4",
+                                        "labelResult",       "pushButtonIAmReady",
+                                        "pushButtonNext",    "pushButtonDone"};
+
+} // namespace
+
+class TestSubjectWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void titleAndTexts();
+    void layout();
+    void policies();
+    void geometryAtStart();
+    void geometry_data();
+    void geometry();
+    void pictures_data();
+    void pictures();
+
+    void states_data();
+    void states();
+    void codes_data();
+    void codes();
+    void responsesOnce();
+    void choiceButtonsAlone();
+
+    void listeningTakesNoAnswer();
+    void pictureChoice_data();
+    void pictureChoice();
+    void pictureGoesWithTheNextToken();
+    void pictureBeforeTheSignal();
+
+    void finalText_data();
+    void finalText();
+
+    void close_data();
+    void close();
+
+private:
+    QPushButton *button(const char *name) const { return m_window->findChild<QPushButton *>(name); }
+    void click(const char *name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
+    QStringList visible() const;
+    QStringList enabled() const;
+
+    std::unique_ptr<SubjectWindow> m_window;
+};
+
+void TestSubjectWindow::init()
+{
+    m_window = std::make_unique<SubjectWindow>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+}
+
+void TestSubjectWindow::cleanup()
+{
+    m_window.reset();
+}
+
+/// What can be seen, in the order of the grid.
+QStringList TestSubjectWindow::visible() const
+{
+    QStringList names;
+    for (const char *name : everything) {
+        if (m_window->findChild<QWidget *>(name)->isVisible())
+            names.append(name);
+    }
+    return names;
+}
+
+/// What can be seen and used.
+QStringList TestSubjectWindow::enabled() const
+{
+    QStringList names;
+    for (const QString &name : visible()) {
+        if (m_window->findChild<QWidget *>(name)->isEnabled())
+            names.append(name);
+    }
+    return names;
+}
+
+// Catches a changed title or text, and an icon where the platform's default is to show.
+void TestSubjectWindow::titleAndTexts()
+{
+    QCOMPARE(m_window->windowTitle(), "Tavel Lab | Ostrine (v014) | Subject Window");
+    QVERIFY(m_window->windowIcon().pixmap(16).isNull());
+    QCOMPARE(button("pushButtonChoice2")->text(), "Mother");
+    QCOMPARE(button("pushButtonChoice4")->text(), "Stranger");
+    QCOMPARE(button("pushButtonIAmReady")->text(), "I am ready");
+    QCOMPARE(button("pushButtonNext")->text(), "Next");
+    QCOMPARE(button("pushButtonDone")->text(), "Done");
+    QCOMPARE(m_window->findChild<QLabel *>("labelResult")->text(), "Threshold = ");
+    QCOMPARE(visible(), QStringList("pushButtonIAmReady"));
+    QCOMPARE(enabled(), QStringList("pushButtonIAmReady"));
+}
+
+// Catches a widget in another cell or with another span.
+void TestSubjectWindow::layout()
+{
+    const auto *grid =
+        qobject_cast<QGridLayout *>(m_window->QMainWindow::centralWidget()->layout());
+    QVERIFY(grid);
+    QCOMPARE(grid->count(), 6);
+    const QList<QRect> cells = {{0, 0, 1, 1}, {1, 0, 1, 1}, {0, 1, 4, 1},
+                                {0, 2, 4, 1}, {0, 3, 4, 1}, {0, 4, 4, 1}};
+    for (int i = 0; i < everything.size(); ++i) {
+        int row = -1;
+        int column = -1;
+        int rowSpan = -1;
+        int columnSpan = -1;
+        const int index = grid->indexOf(m_window->findChild<QWidget *>(everything.at(i)));
+        grid->getItemPosition(index, &row, &column, &rowSpan, &columnSpan);
+        QCOMPARE(QRect(column, row, columnSpan, rowSpan), cells.at(i));
+    }
+}
+
+// Catches answer buttons that do not fill the window, and a label that cannot be copied from.
+void TestSubjectWindow::policies()
+{
+    for (const char *name : {"pushButtonChoice2", "pushButtonChoice4"}) {
+        QCOMPARE(button(name)->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
+        QCOMPARE(button(name)->sizePolicy().verticalPolicy(), QSizePolicy::Expanding);
+    }
+    QCOMPARE(button("pushButtonNext")->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
+    QCOMPARE(button("pushButtonNext")->sizePolicy().verticalPolicy(), QSizePolicy::Preferred);
+    QCOMPARE(button("pushButtonNext")->minimumHeight(), 60);
+    const auto *label = m_window->findChild<QLabel *>("labelResult");
+    QCOMPARE(label->sizePolicy().horizontalPolicy(), QSizePolicy::Preferred);
+    QCOMPARE(label->sizePolicy().verticalPolicy(), QSizePolicy::Fixed);
+    QCOMPARE(label->alignment() & Qt::AlignHorizontal_Mask, Qt::AlignHCenter);
+    QCOMPARE(label->textInteractionFlags(), Qt::TextSelectableByMouse);
+}
+
+// Catches other shares of the screen or another place than its middle.
+void TestSubjectWindow::geometryAtStart()
+{
+    QCOMPARE(QGuiApplication::primaryScreen()->availableSize(), QSize(800, 800));
+    QCOMPARE(m_window->geometry(), QRect(240, 240, 320, 320));
+}
+
+void TestSubjectWindow::geometry_data()
+{
+    QTest::addColumn<bool>("center");
+    QTest::addColumn<double>("width");
+    QTest::addColumn<double>("height");
+    QTest::addColumn<QPoint>("before");
+    QTest::addColumn<QRect>("expected");
+
+    QTest::newRow("centred") << true << 0.75 << 0.5 << QPoint(7, 9) << QRect(100, 200, 600, 400);
+    QTest::newRow("truncated") << true << 0.3333 << 0.6666 << QPoint(7, 9)
+                               << QRect(267, 133, 266, 533);
+    QTest::newRow("above 1") << true << 1.5 << 20.0 << QPoint(7, 9) << QRect(0, 0, 800, 800);
+    QTest::newRow("stays") << false << 0.5 << 0.5 << QPoint(120, 90) << QRect(120, 90, 400, 400);
+    QTest::newRow("stays, but off the edges")
+        << false << 0.5 << 0.5 << QPoint(-30, 12) << QRect(5, 40, 400, 400);
+}
+
+// Catches a fraction that is not limited or rounded, and a corner that is not kept.
+void TestSubjectWindow::geometry()
+{
+    QFETCH(const bool, center);
+    QFETCH(const double, width);
+    QFETCH(const double, height);
+    QFETCH(const QPoint, before);
+    m_window->setGeometry(QRect(before, QSize(300, 300)));
+    m_window->centerAndResizeSubjectWindow(center, width, height);
+    QTEST(m_window->geometry(), "expected");
+}
+
+void TestSubjectWindow::pictures_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("correct") << ":/imageFiles/correct.png";
+    QTest::newRow("incorrect") << ":/imageFiles/incorrect.png";
+}
+
+// Catches a picture that is not compiled in, is empty or of another size.
+void TestSubjectWindow::pictures()
+{
+    QFETCH(const QString, path);
+    const QImage picture(path);
+    QCOMPARE(picture.size(), QSize(400, 225));
+    QVERIFY(picture.hasAlphaChannel());
+    QVERIFY(picture != QImage(":/imageFiles/" +
+                              QString(path.contains("/inc") ? "correct.png" : "incorrect.png")));
+    bool somethingDrawn = false;
+    for (int x = 0; x < picture.width() && !somethingDrawn; ++x)
+        somethingDrawn = qAlpha(picture.pixel(x, picture.height() / 2)) == 255;
+    QVERIFY(somethingDrawn);
+}
+
+void TestSubjectWindow::states_data()
+{
+    QTest::addColumn<bool>("feedBack");
+    QTest::addColumn<bool>("autoPlay");
+    QTest::addColumn<QStringList>("steps");
+    QTest::addColumn<QStringList>("visible");
+    QTest::addColumn<QStringList>("enabled");
+
+    const QStringList choices = {"pushButtonChoice2", "pushButtonChoice4"};
+    const QStringList withNext = choices + QStringList("pushButtonNext");
+    const QStringList withDone = choices + QStringList("pushButtonDone");
+    const QStringList none;
+    const QStringList ready = {"ready"};
+    const QStringList heard = {"ready", "1", "-1"};
+    const QStringList answered = heard + QStringList("mother");
+
+    QTest::newRow("waiting") << true << false << QStringList() << QStringList("pushButtonIAmReady")
+                             << QStringList("pushButtonIAmReady");
+    QTest::newRow("ready, feedback") << true << false << ready << withNext << none;
+    QTest::newRow("ready, feedback, automatic") << true << true << ready << withNext << none;
+    QTest::newRow("ready") << false << false << ready << choices << none;
+    QTest::newRow("ready, automatic") << false << true << ready << choices << none;
+    for (const char *repetition : {"0", "1", "3", "-2"})
+        QTest::addRow("playing %s", repetition)
+            << true << false << (ready + QStringList(repetition)) << withNext << none;
+    QTest::newRow("playing after an answer")
+        << true << false << (QStringList(answered) << "1") << withNext << none;
+    QTest::newRow("answering") << true << false << heard << withNext << choices;
+    QTest::newRow("answering, automatic") << true << true << heard << choices << choices;
+    QTest::newRow("answering, no feedback") << false << false << heard << withNext << choices;
+    QTest::newRow("answering, no feedback, automatic")
+        << false << true << heard << choices << choices;
+    QTest::newRow("answered mother")
+        << true << false << answered << withNext << QStringList("pushButtonNext");
+    QTest::newRow("answered stranger") << true << false << (QStringList(heard) << "stranger")
+                                       << withNext << QStringList("pushButtonNext");
+    QTest::newRow("answered, automatic") << true << true << answered << choices << none;
+    QTest::newRow("next pressed") << true << false << (QStringList(answered) << "next") << withNext
+                                  << none;
+    QTest::newRow("second token, automatic") << true << true
+                                             << (QStringList(answered) << "1"
+                                                                       << "-1")
+                                             << choices << choices;
+    QTest::newRow("second token") << true << false
+                                  << (QStringList(answered) << "next"
+                                                            << "1"
+                                                            << "-1")
+                                  << withNext << choices;
+    QTest::newRow("finished, feedback") << true << false << (QStringList(answered) << "finish")
+                                        << withDone << QStringList("pushButtonDone");
+    QTest::newRow("finished, feedback, automatic")
+        << true << true << (QStringList(answered) << "finish") << withDone
+        << QStringList("pushButtonDone");
+    QTest::newRow("finished") << false << true << (QStringList(answered) << "finish")
+                              << QStringList("pushButtonDone") << QStringList("pushButtonDone");
+}
+
+// Catches a button that can be seen or pressed in a state in which it must not, or cannot where
+// it must.
+void TestSubjectWindow::states()
+{
+    QFETCH(const bool, feedBack);
+    QFETCH(const bool, autoPlay);
+    QFETCH(const QStringList, steps);
+    m_window->receiveFeedBackStatus(feedBack);
+    m_window->receiveAutoPlayStatus(autoPlay);
+    for (const QString &step : steps) {
+        if (step == "ready")
+            click("pushButtonIAmReady");
+        else if (step == "mother")
+            click("pushButtonChoice2");
+        else if (step == "stranger")
+            click("pushButtonChoice4");
+        else if (step == "next")
+            click("pushButtonNext");
+        else if (step == "finish")
+            m_window->finishExperiment(0.25, 0.0, 0);
+        else
+            m_window->updateSubjectWindow(step.toInt());
+    }
+    QTEST(visible(), "visible");
+    QTEST(enabled(), "enabled");
+}
+
+void TestSubjectWindow::codes_data()
+{
+    QTest::addColumn<int>("code");
+    QTest::newRow("pushButtonIAmReady") << 0;
+    QTest::newRow("pushButtonChoice2") << 2;
+    QTest::newRow("pushButtonChoice4") << 4;
+    QTest::newRow("pushButtonNext") << 5;
+}
+
+// Catches a button that sends another code, none or more than one.
+void TestSubjectWindow::codes()
+{
+    QFETCH(const int, code);
+    m_window->receiveFeedBackStatus(true);
+    if (code != 0) {
+        click("pushButtonIAmReady");
+        m_window->updateSubjectWindow(-1);
+    }
+    if (code == 5)
+        click("pushButtonChoice2");
+    const QSignalSpy responses(m_window.get(), &SubjectWindow::subjectResponded);
+    click(QTest::currentDataTag());
+    QCOMPARE(responses.size(), 1);
+    QCOMPARE(responses.at(0).at(0).toInt(), code);
+}
+
+// Catches a second answer to the same token, by either button, and a second Next.
+void TestSubjectWindow::responsesOnce()
+{
+    m_window->receiveFeedBackStatus(true);
+    click("pushButtonIAmReady");
+    m_window->updateSubjectWindow(-1);
+    const QSignalSpy responses(m_window.get(), &SubjectWindow::subjectResponded);
+    click("pushButtonChoice2");
+    click("pushButtonChoice2");
+    click("pushButtonChoice4");
+    QCOMPARE(responses.size(), 1);
+    click("pushButtonNext");
+    click("pushButtonNext");
+    QCOMPARE(responses.size(), 2);
+}
+
+// Catches an operation on both answer buttons that touches one of them or anything else.
+void TestSubjectWindow::choiceButtonsAlone()
+{
+    m_window->disableAllChoiceButtons();
+    QVERIFY(!button("pushButtonChoice2")->isEnabled());
+    QVERIFY(!button("pushButtonChoice4")->isEnabled());
+    QVERIFY(button("pushButtonIAmReady")->isEnabled());
+    QVERIFY(m_window->isEnabled());
+    m_window->enableAllChoiceButtons();
+    QVERIFY(button("pushButtonChoice2")->isEnabled());
+    QVERIFY(button("pushButtonChoice4")->isEnabled());
+    QVERIFY(!button("pushButtonChoice2")->isVisible());
+}
+
+// Catches an answer by mouse or keyboard while the token still sounds.
+void TestSubjectWindow::listeningTakesNoAnswer()
+{
+    m_window->receiveFeedBackStatus(true);
+    click("pushButtonIAmReady");
+    m_window->updateSubjectWindow(1);
+    const QSignalSpy responses(m_window.get(), &SubjectWindow::subjectResponded);
+    for (const char *name : {"pushButtonChoice2", "pushButtonChoice4", "pushButtonNext"}) {
+        click(name);
+        QTest::keyClick(button(name), Qt::Key_Space);
+    }
+    QCOMPARE(responses.size(), 0);
+}
+
+void TestSubjectWindow::pictureChoice_data()
+{
+    QTest::addColumn<QString>("subCode");
+    QTest::addColumn<QString>("fileName");
+    QTest::addColumn<bool>("feedBack");
+    QTest::addColumn<QString>("pressed");
+    QTest::addColumn<QString>("sheet");
+
+    const auto both = [](const char *name, const QString &code, const QString &file, bool mother) {
+        QTest::addRow("%s: mother", name) << code << file << true << "pushButtonChoice2"
+                                          << (mother ? correctSheet : incorrectSheet);
+        QTest::addRow("%s: stranger", name) << code << file << true << "pushButtonChoice4"
+                                            << (mother ? incorrectSheet : correctSheet);
+    };
+    both("mother's token", "CHD001", "MOV001_01.wav", true);
+    both("stranger's token", "CHD001", "MOV002_01.wav", false);
+    both("whole code inside, its end not", "CHD001", "CHD00.wav", false);
+    both("code of three", "ABC", "xABC.wav", true);
+    both("code of three, other name", "ABC", "xBC.wav", false);
+    both("code of four", "ABCD", "BCD.wav", true);
+    both("code of two", "S7", "tokenS7.wav", true);
+    both("empty code", "", "anything.wav", true);
+    both("case differs", "chd00a", "MOV00A.wav", false);
+    QTest::newRow("no feedback: mother")
+        << "CHD001"
+        << "MOV001_01.wav" << false << "pushButtonChoice2" << hoverSheet;
+    QTest::newRow("no feedback: stranger")
+        << "CHD001"
+        << "MOV001_01.wav" << false << "pushButtonChoice4" << hoverSheet;
+}
+
+// Catches praise for a wrong answer, a picture on the other button and one that is not wanted.
+void TestSubjectWindow::pictureChoice()
+{
+    QFETCH(const QString, subCode);
+    QFETCH(const QString, fileName);
+    QFETCH(const bool, feedBack);
+    QFETCH(const QString, pressed);
+    m_window->receiveFeedBackStatus(feedBack);
+    m_window->receiveSubCode(subCode);
+    m_window->receiveWavFileName(fileName);
+    click("pushButtonIAmReady");
+    QCOMPARE(button("pushButtonChoice2")->styleSheet(), "");
+    m_window->updateSubjectWindow(1);
+    m_window->updateSubjectWindow(-1);
+    QCOMPARE(button("pushButtonChoice2")->styleSheet(), hoverSheet);
+    QCOMPARE(button("pushButtonChoice4")->styleSheet(), hoverSheet);
+    click(pressed.toLatin1());
+    QTEST(button(pressed.toLatin1())->styleSheet(), "sheet");
+    const char *other = pressed == "pushButtonChoice2" ? "pushButtonChoice4" : "pushButtonChoice2";
+    QCOMPARE(button(other)->styleSheet(), hoverSheet);
+}
+
+// Catches a picture that vanishes while the next token plays or stays for its answer.
+void TestSubjectWindow::pictureGoesWithTheNextToken()
+{
+    m_window->receiveFeedBackStatus(true);
+    m_window->receiveSubCode("CHD001");
+    m_window->receiveWavFileName("MOV002_01.wav");
+    click("pushButtonIAmReady");
+    m_window->updateSubjectWindow(-1);
+    click("pushButtonChoice2");
+    click("pushButtonNext");
+    m_window->updateSubjectWindow(1);
+    QCOMPARE(button("pushButtonChoice2")->styleSheet(), incorrectSheet);
+    m_window->updateSubjectWindow(-1);
+    QCOMPARE(button("pushButtonChoice2")->styleSheet(), hoverSheet);
+}
+
+// Catches a picture chosen by the next token's name, which arrives in answer to the signal.
+void TestSubjectWindow::pictureBeforeTheSignal()
+{
+    m_window->receiveFeedBackStatus(true);
+    m_window->receiveSubCode("CHD001");
+    m_window->receiveWavFileName("MOV001_01.wav");
+    click("pushButtonIAmReady");
+    m_window->updateSubjectWindow(-1);
+    QString sheet;
+    connect(m_window.get(), &SubjectWindow::subjectResponded, this, [&] {
+        sheet = button("pushButtonChoice2")->styleSheet();
+        m_window->receiveWavFileName("MOV002_01.wav");
+    });
+    click("pushButtonChoice2");
+    QCOMPARE(sheet, correctSheet);
+    QCOMPARE(button("pushButtonChoice2")->styleSheet(), correctSheet);
+}
+
+void TestSubjectWindow::finalText_data()
+{
+    QTest::addColumn<double>("threshold");
+    QTest::addColumn<double>("reactionTime");
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("frequency") << 0.25 << 812.5 << 0
+                               << "Frequency Difference = 25 %,   Reaction Time = 812.5 ms";
+    QTest::newRow("modulation") << 0.25 << 812.5 << 1
+                                << "Modulation Threshold = 25 %,   Reaction Time = 812.5 ms";
+    QTest::newRow("another index") << 0.25 << 0.0 << 2 << "25 %,   Reaction Time = 0 ms";
+    QTest::newRow("negative index") << 1.0 << 0.0 << -1 << "100 %,   Reaction Time = 0 ms";
+    QTest::newRow("six digits") << 0.0123456789 << 1234.5678 << 0
+                                << "Frequency Difference = 1.23457 %,   Reaction Time = 1234.57 ms";
+    QTest::newRow("scientific") << 12345678.0 << 0.00001234 << 0
+                                << "Frequency Difference = 1.23457e+09 %,   Reaction Time = "
+                                   "1.234e-05 ms";
+}
+
+// Catches another prefix or notation, and the label shown.
+void TestSubjectWindow::finalText()
+{
+    QFETCH(const double, threshold);
+    QFETCH(const double, reactionTime);
+    QFETCH(const int, index);
+    m_window->finishExperiment(threshold, reactionTime, index);
+    const auto *label = m_window->findChild<QLabel *>("labelResult");
+    QTEST(label->text(), "text");
+    QVERIFY(!label->isVisible());
+}
+
+void TestSubjectWindow::close_data()
+{
+    QTest::addColumn<QString>("by");
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("closes");
+    for (const char *by : {"close", "Done"}) {
+        QTest::addRow("%s, Yes", by) << by << int(QMessageBox::Yes) << true;
+        QTest::addRow("%s, No", by) << by << int(QMessageBox::No) << false;
+        QTest::addRow("%s, Cancel", by) << by << int(QMessageBox::Cancel) << false;
+        QTest::addRow("%s, escape", by) << by << 0 << false;
+    }
+}
+
+// Catches a window that closes unasked or against the answer, and a changed question.
+void TestSubjectWindow::close()
+{
+    QFETCH(const QString, by);
+    QFETCH(const int, answer);
+    QFETCH(const bool, closes);
+    const QSignalSpy closed(m_window.get(), &SubjectWindow::subjectWindowClosed);
+    if (by == "Done")
+        m_window->finishExperiment(0.25, 0.0, 0);
+
+    ModalAnswer answers;
+    if (answer == 0)
+        answers.escape();
+    else
+        answers.press(QMessageBox::StandardButton(answer));
+    if (by == "Done")
+        click("pushButtonDone");
+    else
+        m_window->close();
+
+    QCOMPARE(answers.problem(), "");
+    QCOMPARE(answers.boxes().size(), 1);
+    const ModalAnswer::Box box = answers.boxes().first();
+    QCOMPARE(box.title, "Confirmation MessageBox");
+    QCOMPARE(box.text, "Do you want to close this window?\n");
+    QCOMPARE(box.icon, QMessageBox::Question);
+    QCOMPARE(box.buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+    QCOMPARE(box.defaultButton, QMessageBox::Yes);
+    QVERIFY(box.parent == m_window.get());
+    QCOMPARE(closed.size(), closes ? 1 : 0);
+    QCOMPARE(m_window->isVisible(), !closes);
+}
+
+GUI_TEST_MAIN(TestSubjectWindow)
+#include "tst_subjectwindow.moc"
