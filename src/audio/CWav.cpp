@@ -129,7 +129,10 @@ bool CWav::LoadWav(std::string filename)
 double *CWav::ConvertData()
 {
     sampleVector.clear();
-    const bool complete = bytesRead >= 1 && bytesRead == dataSize;
+    // After a rejected header numSamples still counts the file before it, whose samples may have
+    // been of another size.
+    const bool complete = bytesRead >= 1 && bytesRead == dataSize &&
+                          std::int64_t{numSamples} * (bitsPerSample / 8) <= bytesRead;
     const auto *bytes = reinterpret_cast<const unsigned char *>(rawData);
     if (complete && sampleVector.capacity() < numSamples)
         sampleVector.reserve(numSamples);
