@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/CWav.h"
+#include "audio/SinkEnding.h"
 #include "audio/TokenSound.h"
 #include "data/Data.h"
 
@@ -213,6 +214,7 @@ protected:
     QByteArray *audioData = nullptr;
     QBuffer *audioBuffer = nullptr;
     QAudioSink *audioSink = nullptr;
+    BufferDrain drain; ///< of the sink, once it is idle
 
     bool centerFlag = true;
     double widthFraction = 0.8;
@@ -225,6 +227,8 @@ private:
     void beginPreparation(int sesTypeIndex);
     void prepareNextPresentation();
     void takeAnswer(Category answer);
+    void awaitSoundEnd();
+    void endSound();
     void releaseAudioOutput();
     /// Writes one result file by @p write; what goes wrong is shown in a warning box.
     template<typename Write>

@@ -3,7 +3,7 @@
 #include "app/FieldText.h"
 #include "app/MainWindow.h"
 #include "app/PresentationOrder.h"
-#include "audio/TrailingSilence.h"
+#include "audio/SinkEnding.h"
 #include "plots/WaveformSpan.h"
 
 #include <QAudioDevice>
@@ -16,6 +16,7 @@
 #include <QMediaDevices>
 #include <QTimer>
 
+#include <chrono>
 #include <utility>
 
 void MainWindow::genWav()
@@ -87,8 +88,8 @@ void MainWindow::playOneSound()
         return;
 
     releaseAudioOutput(); // the sound of a session that was broken off may still be there
-    const auto silentSamples = static_cast<qsizetype>(trailingSilence(QLibraryInfo::version()) *
-                                                      audioOutputFormat.sampleRate());
+    const double silence = sinkEnding(QLibraryInfo::version()).trailingSilence;
+    const auto silentSamples = static_cast<qsizetype>(silence * audioOutputFormat.sampleRate());
     audioData = new QByteArray(playbackBytes(soundWave, silentSamples));
     audioBuffer = new QBuffer(audioData);
     audioBuffer->open(QIODevice::ReadOnly);
@@ -111,6 +112,40 @@ void MainWindow::handleAudioStateChanged(QAudio::State audioState)
     if (audioState != QAudio::IdleState || !audioBuffer->atEnd())
         return;
 
+    if (sinkEnding(QLibraryInfo::version()).idleBeforePlayed) {
+        drain =
+            BufferDrain(audioSink->bufferSize(),
+                        audioData->size() - soundWave.size() * audioOutputFormat.bytesPerFrame());
+        awaitSoundEnd();
+    } else {
+        endSound();
+    }
+}
+
+/// Leaves the idle sink alone until the token has been heard whole, and then ends the sound.
+void MainWindow::awaitSoundEnd()
+{
+    using namespace std::chrono_literals;
+    const std::optional<qint64> unheard = drain.unheard(audioSink->bytesFree());
+    const auto rest = unheard ? std::chrono::microseconds(audioOutputFormat.durationForBytes(
+                                    static_cast<qint32>(*unheard)))
+                              : 1ms;
+    // With the sink as context, releasing it for another play also forgets this end.
+    QTimer::singleShot(std::chrono::round<std::chrono::milliseconds>(rest), Qt::PreciseTimer,
+                       audioSink, [this, heard = unheard.has_value()] {
+                           if (audioSink->state() != QAudio::IdleState)
+                               return;
+                           if (heard)
+                               endSound();
+                           else
+                               awaitSoundEnd();
+                       });
+}
+
+/// The token has been heard: the output is released and, after the last play, the reaction clock
+/// runs and the subject may answer.
+void MainWindow::endSound()
+{
     releaseAudioOutput();
     if (playCount == maxPlayCount) {
         if (reactionTimerStarts == 0)
