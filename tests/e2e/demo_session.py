@@ -62,6 +62,7 @@ def main(program):
         records = OUTPUT / "CHD001_practice001.txt"
         ostrine.save_as(records)
         subject.button("Done")
+        driver.bring_forward(driver.SUBJECT_WINDOW)
         picture("finished")
         subject.request_close()
         picture("confirm")

@@ -366,6 +366,9 @@ class Subject:
 
     def request_close(self):
         """Presses "Done" and returns the confirmation box."""
+        # Window managers keep the window a dialog belongs to right below it, so that after the save dialog
+        # the operator's window may lie over this one.
+        bring_forward(SUBJECT_WINDOW)
         press(self.button("Done"))
         return self.program.window(CONFIRMATION)
 
@@ -384,14 +387,21 @@ class Subject:
         self.confirm()
 
 
-def close_window(title_end):
-    """Asks a window to close, as its close button does."""
-    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"{title_end}$"], check=True,
-                           timeout=PATIENCE, capture_output=True, text=True).stdout.split()
+def bring_forward(title_end):
+    """Activates a window, as picking it from a task bar does; returns its X11 id."""
+    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"{title_end}$"],
+                           timeout=PATIENCE, stdout=subprocess.PIPE, text=True).stdout.split()
     if len(found) != 1:
         raise DriverError(f"expected one window titled '...{title_end}', found {found}")
-    # Not xdotool's windowclose, which destroys the window and with it the program.
-    xdotool("windowactivate", "--sync", found[0], "key", "--clearmodifiers", "alt+F4")
+    xdotool("windowactivate", "--sync", found[0])
+    return found[0]
+
+
+def close_window(title_end):
+    """Asks a window to close, as its close button does."""
+    bring_forward(title_end)
+    # Not xdotool's own command for it, which destroys the window and with it the program.
+    xdotool("key", "alt+F4")
 
 
 def screenshot(path):
@@ -484,41 +494,56 @@ class Recorder:
 
 @dataclass
 class Heard:
-    """Where a token was found in a recording (in samples), and how much of it without a gap."""
+    """Where a token was found in a recording, and how many of its samples follow without a gap."""
     start: int
     count: int
     total: int
-    exact: bool
+    # The sample after the last one that fits: 0.0 when the token was cut off there.
+    next_sample: float = 0.0
 
     @property
     def end(self):
         return self.start + self.count
 
 
-def find_token(recording, token, start):
-    """Looks for the token from `start` on: bit for bit, else the beginning of it as far as it goes."""
-    data = recording.tobytes()
-    wanted = token.tobytes()
-    at = data.find(wanted, start * 4)
-    while at >= 0 and at % 4:
-        at = data.find(wanted, at + 1)
-    if at >= 0:
-        return Heard(at // 4, len(token), len(token), True)
+# A server that converts the samples on their way may be off in the last places.
+CLOSE = 1e-6
+# So many samples alike behind the first audible one are no chance.
+HEAD = 64
 
-    # Not bit for bit: a server which converts may be off in the last places. Where a stretch of the
-    # token's beginning fits within 1e-6, count how far the fit goes.
-    head = next((i for i, value in enumerate(token) if abs(value) > 1e-3), 0)
-    best = Heard(start, 0, len(token), False)
-    for index in range(start + head, len(recording) - head):
-        if abs(recording[index] - token[head]) > 1e-6:
-            continue
-        begin = index - head
-        count = 0
-        while (count < len(token) and begin + count < len(recording)
-               and abs(recording[begin + count] - token[count]) <= 1e-6):
-            count += 1
-        if count > best.count:
-            best = Heard(begin, count, len(token), False)
-        if count == len(token):
-            break
-    return best
+
+def find_token(recording, token, start):
+    """Looks for the token from sample `start` on and counts how many of its samples follow one another.
+
+    `recording` and `token` are arrays of 32-bit floats. The token's beginning decides where it is: a whole
+    one further on may be another presentation, and must not hide that this one was cut short.
+    """
+    first = next(index for index, value in enumerate(token) if abs(value) > 1e-3)
+    head = token[:first + HEAD]
+    data = recording.tobytes()
+    at = data.find(head.tobytes(), start * 4)
+    while at >= 0 and at % 4:
+        at = data.find(head.tobytes(), at + 1)
+    begin = at // 4 if at >= 0 else find_close(recording, head, start)
+    if begin is None:
+        return Heard(start, 0, len(token))
+    if recording[begin:begin + len(token)] == token:
+        return Heard(begin, len(token), len(token))
+    end = begin + count_close(recording, token, begin)
+    return Heard(begin, end - begin, len(token), recording[end] if end < len(recording) else 0.0)
+
+
+def count_close(recording, token, begin):
+    count = 0
+    while (count < len(token) and begin + count < len(recording)
+           and abs(recording[begin + count] - token[count]) <= CLOSE):
+        count += 1
+    return count
+
+
+def find_close(recording, head, start):
+    for begin in range(start, len(recording) - len(head)):
+        if (abs(recording[begin + len(head) - 1] - head[-1]) <= CLOSE
+                and count_close(recording, head, begin) == len(head)):
+            return begin
+    return None

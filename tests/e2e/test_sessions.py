@@ -151,11 +151,12 @@ class SessionTest(unittest.TestCase):
         for trial in trials:
             heard = driver.find_token(recording, tokens[trial.token], position)
             heard_samples += heard.count
+            position = heard.end
+            rest[heard.start:heard.end] = type(rest)("f", bytes(4 * heard.count))
             if heard.count != heard.total:
-                failures.append(f"{trial.token}: {heard.count} of {heard.total} samples heard")
+                failures.append(f"{trial.token}: {heard.count} of {heard.total} samples heard, then "
+                                + ("a gap" if heard.next_sample else "silence"))
             else:
-                position = heard.end
-                rest[heard.start:heard.end] = type(rest)("f", bytes(4 * heard.count))
                 lags.append((trial.enabled_by - recorder.origin) * 1000
                             - heard.end * 1000 / driver.SAMPLE_RATE)
         total = sum(len(tokens[trial.token]) for trial in trials)
