@@ -1,0 +1,735 @@
+#include "gui/GuiTestMain.h"
+#include "gui/ModalAnswer.h"
+#include "gui/OperatorWindow.h"
+#include "subject/SubjectWindow.h"
+#include "unit/WavFile.h"
+
+#include <QAudioDevice>
+#include <QAudioSink>
+#include <QCheckBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMediaDevices>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTimer>
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+constexpr int rate = 48000;
+constexpr int longestWait = 8000; // ms that the sound server may take before a test gives up
+
+/// The states of a session of two presentations, with feedback and "Next", in their order.
+const QStringList states = {"waiting", "delay", "playing", "answering", "feedback", "finished"};
+
+/// 16-bit samples that all have the value @p level / 32768.
+QByteArray constantSound(int milliseconds, int level)
+{
+    QByteArray data;
+    for (int i = 0; i < rate / 1000 * milliseconds; ++i)
+        data += WavBytes::little(static_cast<std::uint32_t>(level), 2);
+    return data;
+}
+
+QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : "cannot be read: " + path.toUtf8();
+}
+
+QList<int> firstArguments(const QSignalSpy &spy)
+{
+    QList<int> values;
+    for (const QList<QVariant> &arguments : spy)
+        values.append(arguments.first().toInt());
+    return values;
+}
+
+} // namespace
+
+class TestSession : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void soundIsThere();
+    void wholeSession_data();
+    void wholeSession();
+    void practiceThenExperiment();
+    void severalInARow();
+    void delayBeforeTheToken();
+    void lowRate();
+    void neverPresented();
+    void invalidResponse_data();
+    void invalidResponse();
+
+    void closing_data();
+    void closing();
+    void staleTimerPlaysOn();
+    void staleTimerAndNextSession();
+    void soundingTokenAndNextSession();
+    void quit_data();
+    void quit();
+
+    void badToken_data();
+    void badToken();
+    void onlyABadToken();
+    void removedToken();
+
+private:
+    QString path(const QString &name) const { return m_folder->filePath(name); }
+    bool makeToken(const QString &name, int milliseconds, int level = 8192) const;
+
+    QPushButton *subject(const char *name) const
+    {
+        return m_window->subjectWindow->findChild<QPushButton *>(name);
+    }
+    void click(QPushButton *button) const { QTest::mouseClick(button, Qt::LeftButton); }
+    bool prepare(QPushButton *button, const QString &folder) const;
+    bool awaitAnswering() const;
+    bool enter(const QString &state) const;
+    bool advance(const QString &from, const QString &to) const;
+    bool closeSubjectWindow(QMessageBox::StandardButton button) const;
+
+    std::unique_ptr<QTemporaryDir> m_folder; ///< holds the folder "tokens"
+    std::unique_ptr<OperatorWindow> m_window;
+};
+
+void TestSession::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+    QVERIFY(QDir().mkpath(path("tokens")));
+    m_window = std::make_unique<OperatorWindow>();
+    m_window->show();
+    m_window->checkBoxSaveData->setChecked(false);
+    m_window->lineEditSi->setText("20.000");
+}
+
+void TestSession::cleanup()
+{
+    m_window.reset();
+    m_folder.reset();
+    const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+    QVERIFY(QDir(desktop + "/CHD001").removeRecursively());
+}
+
+bool TestSession::makeToken(const QString &name, int milliseconds, int level) const
+{
+    return writeFile(path("tokens/" + name),
+                     WavBytes{.data = constantSound(milliseconds, level)}.bytes());
+}
+
+/// Presses "Practice" or "Experiment" and chooses @p folder; false when nothing can be started.
+bool TestSession::prepare(QPushButton *button, const QString &folder) const
+{
+    ModalAnswer answers;
+    answers.choose(folder);
+    click(button);
+    return answers.problem().isEmpty() && m_window->pushButtonGo->isEnabled();
+}
+
+/// Waits until the token has ended and an answer can be given.
+bool TestSession::awaitAnswering() const
+{
+    return QTest::qWaitFor([this] { return subject("pushButtonChoice2")->isEnabled(); },
+                           longestWait);
+}
+
+/// Goes into @p state from the one before it.
+bool TestSession::enter(const QString &state) const
+{
+    if (state == "waiting") {
+        click(m_window->pushButtonGo);
+        return m_window->subjectWindow->isVisible() && !m_window->isEnabled();
+    }
+    if (state == "delay") {
+        click(subject("pushButtonIAmReady"));
+        return m_window->trialIndex == 1;
+    }
+    if (state == "playing")
+        return QTest::qWaitFor([this] { return m_window->audioSink != nullptr; }, longestWait);
+    if (state == "answering")
+        return awaitAnswering();
+    if (state == "feedback") {
+        click(subject("pushButtonChoice2"));
+        return subject("pushButtonNext")->isEnabled();
+    }
+    click(subject("pushButtonNext"));
+    if (!awaitAnswering())
+        return false;
+    click(subject("pushButtonChoice4"));
+    return subject("pushButtonDone")->isVisible();
+}
+
+/// Goes from one state (none: from before "Go") to a later one.
+bool TestSession::advance(const QString &from, const QString &to) const
+{
+    const QStringList way =
+        states.mid(states.indexOf(from) + 1, states.indexOf(to) - states.indexOf(from));
+    return std::all_of(way.begin(), way.end(),
+                       [this](const QString &state) { return enter(state); });
+}
+
+/// Asks the subject window to close and answers its question by @p button; false when anything else
+/// happened.
+bool TestSession::closeSubjectWindow(QMessageBox::StandardButton button) const
+{
+    ModalAnswer answers;
+    answers.press(button);
+    m_window->subjectWindow->close();
+    return answers.problem().isEmpty() &&
+           m_window->subjectWindow->isVisible() == (button != QMessageBox::Yes);
+}
+
+// Catches a run without the sound server that all the others need.
+void TestSession::soundIsThere()
+{
+    QVERIFY2(!QMediaDevices::defaultAudioOutput().isNull(),
+             "run this by scripts/private-session.sh --audio");
+}
+
+void TestSession::wholeSession_data()
+{
+    QTest::addColumn<bool>("feedBack");
+    QTest::addColumn<bool>("autoPlay");
+    QTest::addColumn<QString>("answers");
+    QTest::addColumn<QString>("subCode");
+    QTest::newRow("feedback, automatic, all correct") << true << true << "correct"
+                                                      << "CHD001";
+    QTest::newRow("feedback, automatic, all wrong") << true << true << "wrong"
+                                                    << "CHD001";
+    QTest::newRow("feedback and Next, always mother") << true << false << "mother"
+                                                      << "CHD001";
+    QTest::newRow("feedback and Next, always stranger") << true << false << "stranger"
+                                                        << "CHD001";
+    QTest::newRow("no feedback, always mother") << false << true << "mother"
+                                                << "CHD001";
+    QTest::newRow("no feedback, in turn") << false << true << "in turn"
+                                          << "CHD001";
+    QTest::newRow("empty code, all mothers") << false << true << "mother"
+                                             << "";
+}
+
+// Catches a trial that is lost, scored wrongly, written to another entry or record or shown as
+// another, a session which asks for "Next" where it must not, and means over the wrong count.
+void TestSession::wholeSession()
+{
+    QFETCH(const bool, feedBack);
+    QFETCH(const bool, autoPlay);
+    QFETCH(const QString, answers);
+    QFETCH(const QString, subCode);
+    constexpr int thinking = 25; // ms
+    constexpr int nTrials = 4;
+    QVERIFY(makeToken("MOV001.wav", 20));
+    QVERIFY(makeToken("MOV002.wav", 50));
+    m_window->lineEditNTimes->setText("2");
+    m_window->lineEditSubCode->setText(subCode);
+    m_window->checkBoxFeedBack->setChecked(feedBack);
+    m_window->checkBoxAutoPlay->setChecked(autoPlay);
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    const QList<int> sequence = m_window->randomSequence;
+    QCOMPARE(sequence.size(), nTrials);
+
+    const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
+    const QSignalSpy done(m_window.get(), &MainWindow::doneDataCollection);
+    QVERIFY(enter("waiting"));
+    const QSignalSpy responses(m_window->subjectWindow, &SubjectWindow::subjectResponded);
+    click(subject("pushButtonIAmReady"));
+    QList<double> rt(2, 0.0);
+    QList<double> rtCorrect(2, 0.0);
+    QList<double> rtIncorrect(2, 0.0);
+    QList<int> nMother(2, 0);
+    QList<int> nStranger(2, 0);
+    for (int trial = 0; trial < nTrials; ++trial) {
+        QVERIFY(awaitAnswering());
+        QCOMPARE(m_window->lineEditStatus->text(),
+                 QString("practice %1/%2").arg(trial + 1).arg(nTrials));
+        const int token = sequence.at(trial);
+        const QString name = token == 0 ? "MOV001.wav" : "MOV002.wav";
+        QCOMPARE(m_window->lineEditWavFileName->text(), name);
+        QCOMPARE(m_window->data.nSamples, (token == 0 ? 20 : 50) * rate / 1000);
+
+        QTest::qWait(thinking);
+        const bool isMother = token == 0 || subCode.isEmpty();
+        const bool mother = answers == "mother" || (answers == "correct" && isMother) ||
+                            (answers == "wrong" && !isMother) ||
+                            (answers == "in turn" && trial % 2 == 0);
+        QPushButton *button = subject(mother ? "pushButtonChoice2" : "pushButtonChoice4");
+        click(button);
+
+        const bool correct = mother == isMother;
+        const Entry &entry = m_window->data.entries.at(trial);
+        QCOMPARE(entry.filePath, path("tokens"));
+        QCOMPARE(entry.filename, name);
+        QCOMPARE(entry.stim, isMother ? "mother" : "stranger");
+        QCOMPARE(entry.resp, mother ? "mother" : "stranger");
+        QCOMPARE(entry.correctness, correct);
+        QVERIFY2(entry.rt >= thinking - 1 && entry.rt < 2000,
+                 qPrintable(QString::number(entry.rt)));
+        QCOMPARE(entry.rt, double(qint64(entry.rt)));
+        QCOMPARE(button->styleSheet().contains("/correct.png"), feedBack && correct);
+        QCOMPARE(button->styleSheet().contains("/incorrect.png"), feedBack && !correct);
+        ++(mother ? nMother : nStranger)[token];
+        rt[token] += entry.rt;
+        (correct ? rtCorrect : rtIncorrect)[token] += entry.rt;
+        QCOMPARE(m_window->trendY.at(token), nMother.at(token));
+
+        if (trial == nTrials - 1) {
+            QCOMPARE(m_window->trialIndex, nTrials);
+        } else if (feedBack && !autoPlay) {
+            QCOMPARE(m_window->trialIndex, trial + 1);
+            QVERIFY(subject("pushButtonNext")->isEnabled());
+            click(subject("pushButtonNext"));
+            QCOMPARE(m_window->trialIndex, trial + 2);
+        } else {
+            QCOMPARE(m_window->trialIndex, trial + 2);
+            QVERIFY(!subject("pushButtonNext")->isVisible());
+        }
+    }
+
+    QCOMPARE(done.size(), 1);
+    QVERIFY(subject("pushButtonDone")->isVisible());
+    QVERIFY(!subject("pushButtonNext")->isVisible());
+    QCOMPARE(subject("pushButtonChoice2")->isVisible(), feedBack);
+    const bool manual = feedBack && !autoPlay;
+    QCOMPARE(responses.size(), 1 + nTrials + (manual ? nTrials - 1 : 0));
+    QCOMPARE(firstArguments(sound), QList<int>({1, -1, 1, -1, 1, -1, 1, -1}));
+    QCOMPARE(m_window->subjectWindow->findChild<QLabel *>("labelResult")->text(),
+             QString("Frequency Difference = %1 %,   Reaction Time = 0 ms")
+                 .arg(sequence.last() == 0 ? 2 : 5));
+
+    const auto mean = [](double sum, int count) { return count == 0 ? 0.0 : sum / count; };
+    for (int token = 0; token < 2; ++token) {
+        const Record &record = m_window->data.records.at(token);
+        const bool isMother = token == 0 || subCode.isEmpty();
+        QCOMPARE(record.stim, isMother ? "mother" : "stranger");
+        QCOMPARE(record.nMother, nMother.at(token));
+        QCOMPARE(record.nStranger, nStranger.at(token));
+        QCOMPARE(record.nMother + record.nStranger, 2);
+        QCOMPARE(record.rt, mean(rt.at(token), 2));
+        QCOMPARE(record.rt_correct,
+                 mean(rtCorrect.at(token), isMother ? record.nMother : record.nStranger));
+        QCOMPARE(record.rt_incorrect,
+                 mean(rtIncorrect.at(token), isMother ? record.nStranger : record.nMother));
+    }
+}
+
+// Catches an experiment that is not offered after practice, a file that is not written and
+// one that carries the other session's type or trials.
+void TestSession::practiceThenExperiment()
+{
+    QVERIFY(makeToken("MOV001.wav", 20));
+    QVERIFY(makeToken("MOV002.wav", 20));
+    m_window->checkBoxSaveData->setChecked(true);
+    m_window->lineEditNTimes->setText("2");
+    for (const QString type : {"practice", "experiment"}) {
+        QVERIFY(prepare(type == "practice" ? m_window->pushButtonPractice
+                                           : m_window->pushButtonExperiment,
+                        path("tokens")));
+        QVERIFY(enter("waiting"));
+        click(subject("pushButtonIAmReady"));
+        ModalAnswer answers;
+        answers.choose(path(type + ".txt"));
+        for (int trial = 0; trial < 4; ++trial) {
+            QVERIFY(awaitAnswering());
+            click(subject("pushButtonChoice4"));
+        }
+        QCOMPARE(answers.problem(), "");
+        QCOMPARE(answers.dialogs().first().typed, "CHD001_" + type + "001.txt");
+        const QList<QByteArray> entries = contents(path(type + "_entries.txt")).split('\n');
+        QCOMPARE(entries.size(), 5);
+        for (int trial = 0; trial < 4; ++trial) {
+            const QString name =
+                m_window->data.records.at(m_window->randomSequence.at(trial)).filename;
+            QVERIFY(entries.at(trial + 1).startsWith(
+                (name +
+                 (name == "MOV001.wav" ? "\tmother\tstranger\t0\t" : "\tstranger\tstranger\t1\t"))
+                    .toUtf8()));
+        }
+        QVERIFY(contents(path(type + ".txt")).contains("\nMOV001.wav\t0\t2\t"));
+        QVERIFY(contents(path(type + "_parameters.txt"))
+                    .contains(type == "practice" ? "\nsesTypeIndex: 0\n" : "\nsesTypeIndex: 1\n"));
+
+        answers.press(QMessageBox::Yes);
+        click(subject("pushButtonDone"));
+        QCOMPARE(answers.problem(), "");
+        QVERIFY(m_window->pushButtonExperiment->isEnabled());
+        QVERIFY(!m_window->pushButtonGo->isEnabled());
+    }
+}
+
+// Catches what one session leaves behind for the next: trials, tallies, or the closed window's
+// answers.
+void TestSession::severalInARow()
+{
+    QVERIFY(makeToken("MOV001.wav", 20));
+    for (int session = 0; session < 4; ++session) {
+        QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+        const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
+        QVERIFY(enter("waiting"));
+        QVERIFY(enter("delay"));
+        QVERIFY(awaitAnswering());
+        click(subject("pushButtonChoice2"));
+        QCOMPARE(firstArguments(sound), QList<int>({1, -1}));
+        QCOMPARE(m_window->data.entries.size(), 1);
+        QCOMPARE(m_window->data.records.first().nMother, 1);
+        QCOMPARE(m_window->data.records.first().rt, m_window->data.entries.first().rt);
+        ModalAnswer answers;
+        answers.press(QMessageBox::Yes);
+        click(subject("pushButtonDone"));
+        QCOMPARE(answers.problem(), "");
+    }
+}
+
+// Catches a token that starts before its duration and the silent interval have passed.
+void TestSession::delayBeforeTheToken()
+{
+    QVERIFY(makeToken("MOV001.wav", 60));
+    m_window->lineEditSi->setText("250.000");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
+    QVERIFY(enter("waiting"));
+    QElapsedTimer sinceReady;
+    sinceReady.start();
+    QVERIFY(enter("delay"));
+    QVERIFY(QTest::qWaitFor([&] { return sound.size() == 1; }, longestWait));
+    QVERIFY2(sinceReady.elapsed() >= 309, qPrintable(QString::number(sinceReady.elapsed())));
+    QVERIFY2(sinceReady.elapsed() < 1500, qPrintable(QString::number(sinceReady.elapsed())));
+    QVERIFY(!m_window->subjectWindow->isEnabled());
+    const qint64 started = sinceReady.elapsed();
+    QVERIFY(awaitAnswering());
+    QVERIFY2(sinceReady.elapsed() - started >= 60,
+             qPrintable(QString::number(sinceReady.elapsed() - started)));
+}
+
+// Catches samples read beyond a token whose own rate is lower than the session's.
+void TestSession::lowRate()
+{
+    for (const char *name : {"tokens/a.wav", "tokens/b.wav"})
+        QVERIFY(writeFile(
+            path(name),
+            WavBytes{.sampleRate = 8000, .data = constantSound(10, 8192).first(800)}.bytes()));
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QCOMPARE(m_window->soundWave, QList<double>(400, 0.25));
+    QVERIFY(enter("waiting"));
+    QVERIFY(enter("delay"));
+    QCOMPARE(m_window->data.nSamples, 2400);
+    QVERIFY(awaitAnswering());
+    click(subject("pushButtonChoice2"));
+    QVERIFY(awaitAnswering());
+    QCOMPARE(m_window->soundWave, QList<double>(400, 0.25));
+    click(subject("pushButtonChoice2"));
+    QVERIFY(subject("pushButtonDone")->isVisible());
+}
+
+// Catches a token played although none is to be presented, and a session that cannot be left.
+void TestSession::neverPresented()
+{
+    QVERIFY(makeToken("MOV001.wav", 20));
+    m_window->lineEditNTimes->setText("0");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
+    QVERIFY(enter("waiting"));
+    click(subject("pushButtonIAmReady"));
+    QTest::qWait(400);
+    QCOMPARE(sound.size(), 0);
+    QVERIFY(!m_window->subjectWindow->isEnabled());
+    QVERIFY(closeSubjectWindow(QMessageBox::Yes));
+    QVERIFY(m_window->isEnabled());
+
+    m_window->lineEditNTimes->setText("1");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QVERIFY(enter("waiting"));
+    QVERIFY(enter("delay"));
+    QVERIFY(awaitAnswering());
+}
+
+void TestSession::invalidResponse_data()
+{
+    QTest::addColumn<int>("code");
+    for (const int code : {1, 3, 6, -1, 2147483647})
+        QTest::addRow("%d", code) << code;
+}
+
+// Catches a code that is taken for an answer, and a warning in other words.
+void TestSession::invalidResponse()
+{
+    QFETCH(const int, code);
+    QVERIFY(makeToken("MOV001.wav", 20));
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QVERIFY(enter("waiting"));
+    QVERIFY(enter("delay"));
+    QVERIFY(awaitAnswering());
+    ModalAnswer answers;
+    answers.press(QMessageBox::Ok);
+    emit m_window->subjectWindow->subjectResponded(code);
+    QCOMPARE(answers.problem(), "");
+    const ModalAnswer::Box box = answers.boxes().first();
+    QCOMPARE(box.title, "Warning");
+    QCOMPARE(box.text, "Invalid response");
+    QCOMPARE(box.icon, QMessageBox::Warning);
+    QCOMPARE(box.buttons, QMessageBox::Ok);
+    QVERIFY(!box.parent);
+    QCOMPARE(m_window->trialIndex, 1);
+    QCOMPARE(m_window->data.entries.first().resp, "");
+    click(subject("pushButtonChoice2"));
+    QCOMPARE(m_window->data.entries.first().resp, "mother");
+}
+
+void TestSession::closing_data()
+{
+    QTest::addColumn<QString>("state");
+    QTest::addColumn<int>("button");
+    for (const QString &state : states) {
+        QTest::addRow("%s, Yes", qPrintable(state)) << state << int(QMessageBox::Yes);
+        QTest::addRow("%s, No", qPrintable(state)) << state << int(QMessageBox::No);
+        QTest::addRow("%s, Cancel", qPrintable(state)) << state << int(QMessageBox::Cancel);
+    }
+}
+
+// Catches a session that ends although closing was refused or goes on although it was confirmed,
+// and an operator's window that stays locked.
+void TestSession::closing()
+{
+    QFETCH(const QString, state);
+    QFETCH(const int, button);
+    QVERIFY(makeToken("MOV001.wav", 60));
+    QVERIFY(makeToken("MOV002.wav", 60));
+    m_window->checkBoxAutoPlay->setChecked(false);
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    const QSignalSpy done(m_window.get(), &MainWindow::doneDataCollection);
+    QVERIFY(advance({}, state));
+
+    QVERIFY(closeSubjectWindow(QMessageBox::StandardButton(button)));
+    if (button != QMessageBox::Yes) {
+        QVERIFY(m_window->subjectWindow->isVisible());
+        QVERIFY(!m_window->isEnabled());
+        QVERIFY(advance(state, "finished"));
+        QCOMPARE(done.size(), 1);
+        return;
+    }
+    QVERIFY(!m_window->subjectWindow->isVisible());
+    QVERIFY(m_window->isEnabled());
+    QVERIFY(m_window->pushButtonPractice->isEnabled());
+    QVERIFY(m_window->pushButtonExperiment->isEnabled());
+    QVERIFY(m_window->lineEditNTimes->isEnabled());
+    QVERIFY(!m_window->pushButtonGo->isEnabled());
+    QCOMPARE(done.size(), state == "finished" ? 1 : 0);
+    QCOMPARE(m_window->data.entries.size(), 2);
+
+    QVERIFY(prepare(m_window->pushButtonExperiment, path("tokens")));
+    QVERIFY(advance({}, "finished"));
+    QCOMPARE(done.size(), state == "finished" ? 2 : 1);
+}
+
+// Catches a scheduled token of a broken session that fails or does not play.
+void TestSession::staleTimerPlaysOn()
+{
+    QVERIFY(makeToken("MOV001.wav", 40));
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
+    QVERIFY(advance({}, "delay"));
+    QVERIFY(closeSubjectWindow(QMessageBox::Yes));
+    QVERIFY(QTest::qWaitFor([&] { return sound.size() == 2; }, longestWait));
+    QCOMPARE(firstArguments(sound), QList<int>({1, -1}));
+    QVERIFY(m_window->isEnabled());
+    QVERIFY(!m_window->subjectWindow->isVisible());
+    QVERIFY(!m_window->audioSink && !m_window->audioBuffer && !m_window->audioData);
+}
+
+// Catches the scheduled token of a broken session that sounds in the next one.
+void TestSession::staleTimerAndNextSession()
+{
+    QVERIFY(makeToken("MOV001.wav", 20));
+    m_window->lineEditSi->setText("900.000");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QVERIFY(advance({}, "delay"));
+    QElapsedTimer sinceReady;
+    sinceReady.start();
+    QVERIFY(closeSubjectWindow(QMessageBox::Yes));
+
+    m_window->lineEditSi->setText("20.000");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
+    QVERIFY(advance({}, "delay"));
+    QVERIFY(awaitAnswering());
+    QVERIFY2(sinceReady.elapsed() < 900, "too slow to tell");
+    QTest::qWait(static_cast<int>(1300 - sinceReady.elapsed()));
+    QCOMPARE(firstArguments(sound), QList<int>({1, -1}));
+    QVERIFY(subject("pushButtonChoice2")->isEnabled());
+    click(subject("pushButtonChoice2"));
+    QVERIFY(subject("pushButtonDone")->isVisible());
+}
+
+// Catches the sound of a broken session that runs into the next one, or ends its first token.
+void TestSession::soundingTokenAndNextSession()
+{
+    constexpr int longSound = 1500; // ms
+    QVERIFY(makeToken("MOV001.wav", 20));
+    QVERIFY(QDir().mkpath(path("long")));
+    QVERIFY(writeFile(path("long/MOV001.wav"),
+                      WavBytes{.data = constantSound(longSound, 4096)}.bytes()));
+    m_window->lineEditSi->setText("0.000");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("long")));
+    QVERIFY(advance({}, "playing"));
+    QElapsedTimer sinceStart;
+    sinceStart.start();
+    QVERIFY(closeSubjectWindow(QMessageBox::Yes));
+    QVERIFY(m_window->audioSink);
+
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QVERIFY(!m_window->audioSink && !m_window->audioBuffer && !m_window->audioData);
+    const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
+    QVERIFY(advance({}, "delay"));
+    QVERIFY(awaitAnswering());
+    QVERIFY2(sinceStart.elapsed() < longSound, "too slow to tell");
+    QTest::qWait(static_cast<int>(longSound + 400 - sinceStart.elapsed()));
+    QCOMPARE(firstArguments(sound), QList<int>({1, -1}));
+    click(subject("pushButtonChoice2"));
+    QVERIFY(subject("pushButtonDone")->isVisible());
+}
+
+void TestSession::quit_data()
+{
+    QTest::addColumn<QString>("state");
+    QTest::newRow("prepared") << "";
+    for (const QString &state : states)
+        QTest::newRow(qPrintable(state)) << state;
+}
+
+// Catches a program that does not end with its main window, asks or saves on the way, or fails
+// while it is taken down.
+void TestSession::quit()
+{
+    QFETCH(const QString, state);
+    QVERIFY(makeToken("MOV001.wav", 200));
+    QVERIFY(makeToken("MOV002.wav", 200));
+    m_window->checkBoxSaveData->setChecked(state != "finished");
+    m_window->checkBoxAutoPlay->setChecked(false);
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    if (!state.isEmpty())
+        QVERIFY(advance({}, state));
+
+    const ModalAnswer nothing;
+    QApplication::setQuitOnLastWindowClosed(true);
+    QTimer::singleShot(0, m_window.get(), [this] { m_window->close(); });
+    QTimer watchdog;
+    connect(&watchdog, &QTimer::timeout, [] { QCoreApplication::exit(EXIT_FAILURE); });
+    watchdog.start(longestWait);
+    const int code = QApplication::exec();
+    QApplication::setQuitOnLastWindowClosed(false);
+    QCOMPARE(nothing.problem(), "");
+    QCOMPARE(code, EXIT_SUCCESS);
+    m_window.reset();
+    QTest::qWait(100);
+    QVERIFY(!QFileInfo::exists(QStandardPaths::writableLocation(QStandardPaths::DesktopLocation) +
+                               "/CHD001"));
+}
+
+void TestSession::badToken_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QList<double>>("expected");
+
+    // The good token has 20 ms of 0.25.
+    const int nGood = 20 * rate / 1000;
+    const QList<double> previous(nGood, 0.25);
+    const QByteArray data = constantSound(10, -8192);
+    const QByteArray good = WavBytes{.data = data}.bytes();
+    QTest::newRow("empty") << QByteArray() << previous;
+    QTest::newRow("20 bytes of a header") << good.first(20) << previous;
+    QTest::newRow("20 bytes of something else") << QByteArray(20, 'x') << previous;
+    QTest::newRow("header alone") << good.first(44) << previous;
+    QTest::newRow("wrong magic") << WavBytes{.wave = "AIFF", .data = data}.bytes() << previous;
+    QTest::newRow("float") << WavBytes{.audioFormat = 3, .bitsPerSample = 32, .data = data}.bytes()
+                           << previous;
+    QTest::newRow("32 bits") << WavBytes{.bitsPerSample = 32, .data = data}.bytes() << previous;
+    QTest::newRow("0 bits") << WavBytes{.bitsPerSample = 0, .data = data}.bytes() << previous;
+    QTest::newRow("no channel") << WavBytes{.numChannels = 0, .data = data}.bytes() << previous;
+    QTest::newRow("rate 0") << WavBytes{.sampleRate = 0, .data = data}.bytes() << previous;
+    QTest::newRow("truncated") << good.chopped(3) << previous;
+    QTest::newRow("4 GiB - 1 declared")
+        << WavBytes{.data = data, .declaredSize = 0xFFFFFFFF}.bytes() << previous;
+    QTest::newRow("more channels than samples")
+        << WavBytes{.numChannels = 65535, .data = data}.bytes() << previous;
+    QTest::newRow("no samples") << WavBytes{}.bytes() << previous;
+    QTest::newRow("half a sample") << WavBytes{.data = "x"}.bytes() << previous;
+    // Readable, but with a sound of its own kind.
+    QTest::newRow("three channels")
+        << WavBytes{.numChannels = 3, .data = data}.bytes() << QList<double>(160, 0.25);
+    QTest::newRow("odd size") << WavBytes{.data = data + 'x'}.bytes() << QList<double>(480, -0.25);
+    QTest::newRow("one sample") << WavBytes{.data = WavBytes::samples16({8192})}.bytes()
+                                << QList<double>{0.25};
+}
+
+// Catches a faulty file that ends the program, stops the session or is heard as noise: the trial
+// goes on with the previous token's samples.
+void TestSession::badToken()
+{
+    QFETCH(const QByteArray, file);
+    QFETCH(const QList<double>, expected);
+    QVERIFY(makeToken("a.wav", 20));
+    QVERIFY(writeFile(path("tokens/b.wav"), file));
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    // The good token first, whatever has been drawn.
+    m_window->randomSequence = {0, 1};
+    m_window->genWav();
+    QCOMPARE(m_window->soundWave, QList<double>(20 * rate / 1000, 0.25));
+
+    QVERIFY(enter("waiting"));
+    QVERIFY(enter("delay"));
+    QVERIFY(awaitAnswering());
+    click(subject("pushButtonChoice2"));
+    QCOMPARE(m_window->soundWave, expected);
+    QVERIFY(awaitAnswering());
+    QCOMPARE(m_window->soundWave, expected);
+    QCOMPARE(m_window->data.entries.at(1).filename, "b.wav");
+    click(subject("pushButtonChoice4"));
+    QVERIFY(subject("pushButtonDone")->isVisible());
+    QCOMPARE(m_window->data.records.at(1).nStranger, 1);
+}
+
+// Catches a session that hangs when no token has been read before the faulty one.
+void TestSession::onlyABadToken()
+{
+    QVERIFY(writeFile(path("tokens/b.wav"), "no sound at all"));
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QVERIFY(m_window->soundWave.isEmpty());
+    QVERIFY(enter("waiting"));
+    QVERIFY(enter("delay"));
+    QVERIFY(awaitAnswering());
+    click(subject("pushButtonChoice4"));
+    QVERIFY(subject("pushButtonDone")->isVisible());
+    QCOMPARE(m_window->data.records.first().nStranger, 1);
+}
+
+// Catches a session that fails when a token vanishes in its course.
+void TestSession::removedToken()
+{
+    QVERIFY(makeToken("a.wav", 20, 8192));
+    QVERIFY(makeToken("b.wav", 20, -8192));
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    const QList<double> first = m_window->soundWave;
+    QVERIFY(QDir(path("tokens")).removeRecursively());
+    QVERIFY(enter("waiting"));
+    QVERIFY(enter("delay"));
+    QVERIFY(awaitAnswering());
+    click(subject("pushButtonChoice2"));
+    QCOMPARE(m_window->soundWave, first);
+    QVERIFY(awaitAnswering());
+    click(subject("pushButtonChoice2"));
+    QVERIFY(subject("pushButtonDone")->isVisible());
+}
+
+GUI_TEST_MAIN(TestSession)
+#include "tst_session.moc"
