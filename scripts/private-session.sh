@@ -163,6 +163,11 @@ if [ "$want_audio" -eq 1 ]; then
         echo "if ${monitor##*:}_monitor then ${monitor##*:}_monitor.enabled = false end" \
             >"$folder/60-no-${monitor##*:}.lua"
     done
+    # No real-time priority is to be had here, so a short period would tear holes into the sound as soon
+    # as something else runs. A recorder that asks for a small latency must not bring one about.
+    mkdir -p "$XDG_CONFIG_HOME/pipewire/pipewire.conf.d"
+    echo 'context.properties = { default.clock.quantum = 2048, default.clock.min-quantum = 2048 }' \
+        >"$XDG_CONFIG_HOME/pipewire/pipewire.conf.d/60-period.conf"
     start pipewire pipewire
     await pipewire test -S "$XDG_RUNTIME_DIR/pipewire-0"
     start wireplumber wireplumber

@@ -130,10 +130,11 @@ void MainWindow::awaitSoundEnd()
     const auto rest = unheard ? std::chrono::microseconds(audioOutputFormat.durationForBytes(
                                     static_cast<qint32>(*unheard)))
                               : 1ms;
-    // With the sink as context, releasing it for another play also forgets this end.
+    // Idle can be reported more than once, and events are processed while a sink is deleted: only
+    // the first to come finds the sink it waited for.
     QTimer::singleShot(std::chrono::round<std::chrono::milliseconds>(rest), Qt::PreciseTimer,
-                       audioSink, [this, heard = unheard.has_value()] {
-                           if (audioSink->state() != QAudio::IdleState)
+                       audioSink, [this, sink = audioSink, heard = unheard.has_value()] {
+                           if (audioSink != sink || sink->state() != QAudio::IdleState)
                                return;
                            if (heard)
                                endSound();

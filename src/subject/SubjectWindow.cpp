@@ -210,6 +210,11 @@ void SubjectWindow::finishExperiment(qreal threshold, qreal reactionTime, qint32
 
 void SubjectWindow::closeEvent(QCloseEvent *event)
 {
+    // The operator has quit: Qt closes what is left of the program's windows, and nobody is asked.
+    if (parentWidget() != nullptr && !parentWidget()->isVisible()) {
+        event->accept();
+        return;
+    }
     const auto answer = QMessageBox::question(
         this, u"Confirmation MessageBox"_s, tr("Do you want to close this window?\n"),
         QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::Yes);
