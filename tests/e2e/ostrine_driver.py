@@ -165,7 +165,8 @@ def settled_box(node):
 
 def point_at(node):
     x, y, width, height = settled_box(node)
-    xdotool("mousemove", "--sync", x + width // 2, y + height // 2)
+    # Without --sync, which waits in vain for a pointer that is there already.
+    xdotool("mousemove", x + width // 2, y + height // 2)
 
 
 def press(node):
@@ -451,8 +452,8 @@ class Recorder:
     def __enter__(self):
         self.data = bytearray()
         self.lock = threading.Lock()
-        # The earliest moment the first sample can have been recorded at, as far as the data tell.
-        self.origin = float("inf")
+        # (clock time, samples recorded by then) of every arrival.
+        self.arrivals = []
         self.process = subprocess.Popen(
             ["parec", "-d", "out.monitor", "--raw", "--format=float32le", f"--rate={SAMPLE_RATE}",
              "--channels=1", "--latency-msec=20"],
@@ -470,7 +471,7 @@ class Recorder:
                 return
             with self.lock:
                 self.data += chunk
-                self.origin = min(self.origin, now - len(self.data) / 4 / SAMPLE_RATE)
+                self.arrivals.append((now, len(self.data) // 4))
 
     def length(self):
         with self.lock:
@@ -487,6 +488,15 @@ class Recorder:
             self.reader.join(10)
             self.process.stdout.close()
 
+    def time_of(self, sample):
+        """The clock time at which that sample was recorded, late by no more than the recording's latency.
+
+        Told by the promptest arrival in the second after it: over the whole recording the clocks drift apart.
+        """
+        with self.lock:
+            return min(now - (count - sample) / SAMPLE_RATE for now, count in self.arrivals
+                       if sample <= count <= sample + SAMPLE_RATE)
+
     def samples(self):
         with self.lock:
             return array.array("f", bytes(self.data[:len(self.data) // 4 * 4]))
@@ -498,12 +508,18 @@ class Heard:
     start: int
     count: int
     total: int
-    # The sample after the last one that fits: 0.0 when the token was cut off there.
-    next_sample: float = 0.0
+    # How many other samples came before it went on; None when it did not go on: it was cut off.
+    gap: int | None = None
 
     @property
     def end(self):
         return self.start + self.count
+
+    def __str__(self):
+        text = f"{self.count} of {self.total} samples heard"
+        if self.count == self.total:
+            return text
+        return text + (f", then a gap of {self.gap}" if self.gap is not None else ", then no more")
 
 
 # A server that converts the samples on their way may be off in the last places.
@@ -529,8 +545,11 @@ def find_token(recording, token, start):
         return Heard(start, 0, len(token))
     if recording[begin:begin + len(token)] == token:
         return Heard(begin, len(token), len(token))
-    end = begin + count_close(recording, token, begin)
-    return Heard(begin, end - begin, len(token), recording[end] if end < len(recording) else 0.0)
+    count = count_close(recording, token, begin)
+    following = token[count:count + HEAD].tobytes()
+    later = data.find(following, (begin + count) * 4, (begin + len(token) + SAMPLE_RATE) * 4)
+    gap = later // 4 - begin - count if following and later >= 0 else None
+    return Heard(begin, count, len(token), gap)
 
 
 def count_close(recording, token, begin):

@@ -154,11 +154,9 @@ class SessionTest(unittest.TestCase):
             position = heard.end
             rest[heard.start:heard.end] = type(rest)("f", bytes(4 * heard.count))
             if heard.count != heard.total:
-                failures.append(f"{trial.token}: {heard.count} of {heard.total} samples heard, then "
-                                + ("a gap" if heard.next_sample else "silence"))
+                failures.append(f"{trial.token}: {heard}")
             else:
-                lags.append((trial.enabled_by - recorder.origin) * 1000
-                            - heard.end * 1000 / driver.SAMPLE_RATE)
+                lags.append((trial.enabled_by - recorder.time_of(heard.end)) * 1000)
         total = sum(len(tokens[trial.token]) for trial in trials)
         print(f"\n{self.id()}: {heard_samples} of {total} samples of {len(trials)} presentations heard "
               f"({100 * heard_samples / total:.3f} %)")
