@@ -497,6 +497,22 @@ class Recorder:
             return min(now - (count - sample) / SAMPLE_RATE for now, count in self.arrivals
                        if sample <= count <= sample + SAMPLE_RATE)
 
+    def lost(self):
+        """How many seconds of sound the server left out.
+
+        It runs by the clock, so a recording which falls behind the clock lacks cycles that the machine gave
+        the server no time for: nothing a program could have played then would have been heard. The promptest
+        arrival of each second is compared, because single ones may be late without any loss.
+        """
+        promptest = {}
+        with self.lock:
+            for now, count in self.arrivals:
+                origin = now - count / SAMPLE_RATE
+                promptest[int(now)] = min(origin, promptest.get(int(now), origin))
+        # The first and last second may hold a single arrival.
+        origins = [promptest[second] for second in sorted(promptest)][1:-1]
+        return max(origins) - min(origins)
+
     def samples(self):
         with self.lock:
             return array.array("f", bytes(self.data[:len(self.data) // 4 * 4]))

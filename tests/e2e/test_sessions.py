@@ -15,6 +15,8 @@ import ostrine_driver as driver
 PROGRAM = None
 # In the program's order, which is by name.
 TOKENS = ["MOV001_01.wav", "MOV001_02.wav", "MOV002_01.wav"]
+# Seconds: most of one cycle of the sound server. Undisturbed recordings stay below 3 ms.
+LOST_LIMIT = 0.015
 
 
 def number_text(value):
@@ -139,14 +141,30 @@ class SessionTest(unittest.TestCase):
             f"autoPlay: {auto_play}",
         ])
 
-    def check_sound(self, recorder, trials):
-        """Every presented token whole and in order, and silence everywhere else."""
+    def check_sound(self, session):
+        """Runs the session; every presented token must be heard whole and in order, and nothing else.
+
+        A machine which stops for a moment takes the sound server's time away. Where the recording itself
+        proves that, the session says nothing about the program, good or bad, and is run again.
+        """
+        for attempt in range(1, 4):
+            with driver.Recorder() as recorder:
+                trials = session(recorder)
+            problems = self.problems_heard(recorder, trials)
+            lost = recorder.lost()
+            if not problems or lost < LOST_LIMIT or attempt == 3:
+                break
+            print(f"the sound server lost {1000 * lost:.0f} ms of the recording "
+                  f"({'; '.join(problems)}); once more", flush=True)
+        self.assertEqual(problems, [], f"(the sound server lost {1000 * lost:.0f} ms)")
+
+    def problems_heard(self, recorder, trials):
         recording = recorder.samples()
         tokens = {name: driver.samples_of(self.tokens / name) for name in TOKENS}
         position = 0
         heard_samples = 0
         lags = []
-        failures = []
+        problems = []
         rest = recording[:]
         for trial in trials:
             heard = driver.find_token(recording, tokens[trial.token], position)
@@ -154,9 +172,16 @@ class SessionTest(unittest.TestCase):
             position = heard.end
             rest[heard.start:heard.end] = type(rest)("f", bytes(4 * heard.count))
             if heard.count != heard.total:
-                failures.append(f"{trial.token}: {heard}")
+                problems.append(f"{trial.token}: {heard}")
             else:
                 lags.append((trial.enabled_by - recorder.time_of(heard.end)) * 1000)
+        if any(rest):
+            problems.append("something else than whole tokens was heard")
+        # An answer before the end of the sound would be timed from too early a moment. The recording's
+        # latency makes its end look later than it was by some tens of milliseconds.
+        if lags and min(lags) < -60:
+            problems.append(f"answers were possible {-min(lags):.0f} ms before the end of a token")
+
         total = sum(len(tokens[trial.token]) for trial in trials)
         print(f"\n{self.id()}: {heard_samples} of {total} samples of {len(trials)} presentations heard "
               f"({100 * heard_samples / total:.3f} %)")
@@ -164,62 +189,68 @@ class SessionTest(unittest.TestCase):
             print(f"answers possible {min(lags):.1f} .. {max(lags):.1f} ms after the recorded end of the token "
                   f"(mean {sum(lags) / len(lags):.1f} ms; the recording itself is late by its latency)",
                   flush=True)
-        self.assertEqual(failures, [])
-        self.assertFalse(any(rest), "something else than the tokens was heard")
-        # An answer before the end of the sound would be timed from too early a moment. The recording's
-        # latency makes its end look later than it was by some tens of milliseconds.
-        self.assertGreater(min(lags), -60)
+        return problems
 
     def test_practice_then_experiment(self):
-        with driver.Recorder() as recorder, self.start() as ostrine:
-            self.assertFalse(driver.is_enabled(ostrine.main_button("Experiment")))
-            self.assertFalse(driver.is_enabled(ostrine.main_button("Go")))
-            ostrine.prepare("Practice", self.tokens)
-            subject = ostrine.go()
-            self.assertFalse(driver.is_enabled(ostrine.main))
-            practice = self.run_session(ostrine, subject, recorder, 3, "practice")
-            self.check_files(self.finish(ostrine, subject, "practice"), practice,
-                             n_times=1, kind_index=0, feedback=1, auto_play=1)
+        def session(recorder):
+            with self.start() as ostrine:
+                self.assertFalse(driver.is_enabled(ostrine.main_button("Experiment")))
+                self.assertFalse(driver.is_enabled(ostrine.main_button("Go")))
+                ostrine.prepare("Practice", self.tokens)
+                subject = ostrine.go()
+                driver.wait_for(lambda: not driver.is_enabled(ostrine.main),
+                                "the operator's window to be disabled")
+                practice = self.run_session(ostrine, subject, recorder, 3, "practice")
+                self.check_files(self.finish(ostrine, subject, "practice"), practice,
+                                 n_times=1, kind_index=0, feedback=1, auto_play=1)
 
-            driver.type_into(ostrine.main_field("N times per token"), "2")
-            ostrine.prepare("Experiment", self.tokens)
-            subject = ostrine.go()
-            experiment = self.run_session(ostrine, subject, recorder, 6, "experiment")
-            self.check_files(self.finish(ostrine, subject, "experiment"), experiment,
-                             n_times=2, kind_index=1, feedback=1, auto_play=1)
-            self.assertEqual(ostrine.quit(), 0)
-        self.check_sound(recorder, practice + experiment)
+                driver.type_into(ostrine.main_field("N times per token"), "2")
+                ostrine.prepare("Experiment", self.tokens)
+                subject = ostrine.go()
+                experiment = self.run_session(ostrine, subject, recorder, 6, "experiment")
+                self.check_files(self.finish(ostrine, subject, "experiment"), experiment,
+                                 n_times=2, kind_index=1, feedback=1, auto_play=1)
+                self.assertEqual(ostrine.quit(), 0)
+            return practice + experiment
+
+        self.check_sound(session)
 
     def test_next_instead_of_automatic_playing(self):
-        with driver.Recorder() as recorder, self.start() as ostrine:
-            driver.press(ostrine.main_check_box("Play sound automatically"))
-            ostrine.prepare("Practice", self.tokens)
-            subject = ostrine.go()
-            trials = self.run_session(ostrine, subject, recorder, 3, "practice", wait_for_next=True)
-            # The last answer ends the session without "Next".
-            self.check_files(self.finish(ostrine, subject, "practice"), trials,
-                             n_times=1, kind_index=0, feedback=1, auto_play=0)
-            self.assertEqual(ostrine.quit(), 0)
-        self.check_sound(recorder, trials)
+        def session(recorder):
+            with self.start() as ostrine:
+                driver.press(ostrine.main_check_box("Play sound automatically"))
+                ostrine.prepare("Practice", self.tokens)
+                subject = ostrine.go()
+                trials = self.run_session(ostrine, subject, recorder, 3, "practice", wait_for_next=True)
+                # The last answer ends the session without "Next".
+                self.check_files(self.finish(ostrine, subject, "practice"), trials,
+                                 n_times=1, kind_index=0, feedback=1, auto_play=0)
+                self.assertEqual(ostrine.quit(), 0)
+            return trials
+
+        self.check_sound(session)
 
     def test_without_feedback(self):
-        with driver.Recorder() as recorder, self.start() as ostrine:
-            automatic = ostrine.main_check_box("Play sound automatically")
-            feedback = ostrine.main_check_box("Provide feedback")
-            driver.press(automatic)
-            driver.wait_for(lambda: not driver.is_checked(automatic), "automatic playing to be off")
-            driver.press(feedback)
-            driver.wait_for(lambda: not driver.is_checked(feedback), "feedback to be off")
-            driver.wait_for(lambda: driver.is_checked(automatic) and not driver.is_enabled(automatic),
-                            "automatic playing to be forced on and locked")
-            ostrine.prepare("Practice", self.tokens)
-            subject = ostrine.go()
-            trials = self.run_session(ostrine, subject, recorder, 3, "practice")
-            self.assertIsNone(subject.find_button("Next"))
-            self.check_files(self.finish(ostrine, subject, "practice"), trials,
-                             n_times=1, kind_index=0, feedback=0, auto_play=1)
-            self.assertEqual(ostrine.quit(), 0)
-        self.check_sound(recorder, trials)
+        def session(recorder):
+            with self.start() as ostrine:
+                automatic = ostrine.main_check_box("Play sound automatically")
+                feedback = ostrine.main_check_box("Provide feedback")
+                driver.press(automatic)
+                driver.wait_for(lambda: not driver.is_checked(automatic), "automatic playing to be off")
+                driver.press(feedback)
+                driver.wait_for(lambda: not driver.is_checked(feedback), "feedback to be off")
+                driver.wait_for(lambda: driver.is_checked(automatic) and not driver.is_enabled(automatic),
+                                "automatic playing to be forced on and locked")
+                ostrine.prepare("Practice", self.tokens)
+                subject = ostrine.go()
+                trials = self.run_session(ostrine, subject, recorder, 3, "practice")
+                self.assertIsNone(subject.find_button("Next"))
+                self.check_files(self.finish(ostrine, subject, "practice"), trials,
+                                 n_times=1, kind_index=0, feedback=0, auto_play=1)
+                self.assertEqual(ostrine.quit(), 0)
+            return trials
+
+        self.check_sound(session)
 
     def test_closing_breaks_a_session_off(self):
         with self.start() as ostrine:
@@ -245,4 +276,5 @@ if __name__ == "__main__":
         sys.exit(__doc__)
     PROGRAM = Path(sys.argv.pop(1)).resolve()
     driver.start_watchdog(400)
-    unittest.main(verbosity=2)
+    # The accessibility bindings use deprecated calls of their own library.
+    unittest.main(verbosity=2, warnings="ignore")
