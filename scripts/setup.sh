@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs what building, testing and running Ostrine needs on Debian 12 (or a later Debian or Ubuntu
 # with the same package names). Does nothing, and needs no rights, when everything is there already.
+#
+#   setup.sh [--bench]    with --bench, what the benchmarks need as well
 set -euo pipefail
 
 packages=(
@@ -17,6 +19,14 @@ packages=(
     # A private sound server which records what would be heard
     dbus-daemon pipewire pipewire-bin pipewire-pulse wireplumber pulseaudio-utils procps
 )
+
+if [ "${1:-}" = --bench ]; then
+    packages+=(
+        libbenchmark-dev
+        # The transforms of others to compare with
+        libfftw3-dev libgsl-dev libeigen3-dev
+    )
+fi
 
 missing=()
 for package in "${packages[@]}"; do

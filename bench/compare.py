@@ -1,0 +1,65 @@
+#!/usr/bin/python3
+"""Runs a benchmark executable and prints how its contestants compare, as a Markdown table.
+
+    compare.py <executable> [options of Google Benchmark...]
+
+The executable names its benchmarks <what>/<who>/<size>. One of each <who> is "ostrine"; the table
+gives its time as a multiple of every other one's, at the same <what> and <size>.
+
+Other work on the machine must not decide the result: all benchmarks are repeated, in random order
+within one run, and medians are compared. The spread in brackets is half the distance between the
+quartiles, of both times, in percent of their medians.
+"""
+
+import json
+import statistics
+import subprocess
+import sys
+import tempfile
+
+REPETITIONS = 15
+
+
+def run(executable, options):
+    """The times of all repetitions in nanoseconds: {(what, size): {who: [times]}}."""
+    with tempfile.NamedTemporaryFile(suffix=".json") as result:
+        subprocess.run(
+            [executable,
+             f"--benchmark_repetitions={REPETITIONS}",
+             "--benchmark_enable_random_interleaving=true",
+             "--benchmark_min_time=0.05",
+             f"--benchmark_out={result.name}",
+             "--benchmark_out_format=json",
+             *options],
+            check=True, stdout=subprocess.DEVNULL)
+        report = json.load(result)
+    nanoseconds = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+    times = {}
+    for entry in report["benchmarks"]:
+        if entry["run_type"] != "iteration":
+            continue
+        what, who, size = entry["run_name"].split("/")[:3]
+        times.setdefault((what, int(size)), {}).setdefault(who, []).append(
+            entry["real_time"] * nanoseconds[entry["time_unit"]])
+    return times
+
+
+def spread(times):
+    quartiles = statistics.quantiles(times, n=4)
+    return (quartiles[2] - quartiles[0]) / 2 / statistics.median(times) * 100
+
+
+def main():
+    times = run(sys.argv[1], sys.argv[2:])
+    print("| what | size | Ostrine, median in us | compared with | ratio | spread |")
+    print("|---|---|---|---|---|---|")
+    for (what, size), contestants in times.items():
+        ours = contestants.pop("ostrine")
+        for who, theirs in contestants.items():
+            ratio = statistics.median(ours) / statistics.median(theirs)
+            print(f"| {what} | {size} | {statistics.median(ours) / 1e3:.1f} | {who} | {ratio:.2f} |"
+                  f" {spread(ours):.0f} %, {spread(theirs):.0f} % |")
+
+
+if __name__ == "__main__":
+    main()

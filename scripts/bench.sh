@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the benchmarks and prints their tables; bench/README.md explains them.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+scripts/setup.sh --bench
+cmake --preset bench
+cmake --build --preset bench
+
+for benchmark in build/bench/bench/bench_*; do
+    if [ -x "$benchmark" ] && [ -f "$benchmark" ]; then
+        echo
+        QT_QPA_PLATFORM=offscreen bench/compare.py "$benchmark"
+    fi
+done
