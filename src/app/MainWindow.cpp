@@ -6,6 +6,7 @@
 #include "app/FieldText.h"
 #include "app/WindowGeometry.h"
 
+#include <QChartView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QElapsedTimer>
@@ -114,6 +115,9 @@ MainWindow::~MainWindow()
     // Releasing the output runs pending events: no presentation may start from them any more.
     playCount = maxPlayCount;
     releaseAudioOutput();
+
+    for (const LineChart *chart : {&waveformChart, &spectrumChart, &trendChart})
+        delete chart->view;
 
     delete reactionTimer;
 

@@ -4,10 +4,10 @@
 #include "audio/SinkEnding.h"
 #include "audio/TokenSound.h"
 #include "data/Data.h"
+#include "plots/LineChart.h"
 
 #include <QAudio>
 #include <QAudioFormat>
-#include <QFont>
 #include <QList>
 #include <QMainWindow>
 #include <QPointF>
@@ -117,14 +117,20 @@ protected:
     void writeDataToTxt();
 
     // plots/MainWindow_waveformAndSpectrum.cpp
+    /// Each creates an empty chart and places it; a second call changes nothing.
     void displayEmptyWav();
     void displayEmptyFFT();
+    /// Shows the current token. The vertical range covers all of it, also what is not plotted.
     void displayWav();
+    /// Computes the current token's spectrum.
     void genFFT();
+    /// Shows that spectrum. The vertical range covers all bins, also those that are not plotted.
     void displayFFT();
 
     // plots/MainWindow_trend.cpp
     void displayEmptyTrend();
+    /// Lays the chart out for the tokens of a session that is being prepared, and shows how often
+    /// each was taken for the mother's.
     void updateTrend();
 
     QLabel *labelSesType;
@@ -185,12 +191,14 @@ protected:
     double fftDuration = 0.6;
     double freqResolution = 1.6666666666666667;
     qint32 fftWindowType = 0;
-    QFont fontAxisLabels;
-    QFont fontAxisTitles;
-    QFont fontChartTitles;
-    QList<double> trendX;
-    QList<double> trendY;
+    QList<double> trendX; ///< numbers of the tokens, from 1 on
+    QList<double> trendY; ///< "Mother" answers so far, per token
     QList<QPointF> trendPoints;
+    QList<double> trendRange = {0.0, 0.0};
+    ChartFonts chartFonts;
+    LineChart waveformChart;
+    LineChart spectrumChart;
+    LineChart trendChart;
 
     // Session flow.
     QList<int> randomSequence; ///< token indexes in presentation order

@@ -62,10 +62,10 @@ void MainWindow::initParameters()
     trendPoints.resize(nTokens);
     sizeSpectrum();
 
-    fontAxisLabels.setPixelSize(10);
-    fontAxisTitles.setPixelSize(10);
-    fontChartTitles.setPixelSize(12);
-    for (QFont *font : {&fontAxisLabels, &fontAxisTitles, &fontChartTitles})
+    chartFonts.axisLabels.setPixelSize(10);
+    chartFonts.axisTitles.setPixelSize(10);
+    chartFonts.title.setPixelSize(12);
+    for (QFont *font : {&chartFonts.axisLabels, &chartFonts.axisTitles, &chartFonts.title})
         font->setWeight(QFont::Normal);
 
     reactionTimer = new QElapsedTimer;

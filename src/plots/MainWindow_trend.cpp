@@ -1,8 +1,41 @@
-// The response trend chart. Declared in app/MainWindow.h.
+// The response trend chart: how often "Mother" was chosen for each token. Declared in
+// app/MainWindow.h.
 
 #include "app/MainWindow.h"
+#include "plots/PlotPoints.h"
 
-void MainWindow::displayEmptyTrend() {}
+#include <QChartView>
+#include <QGridLayout>
+#include <QLineSeries>
+#include <QValueAxis>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr double leastCountsShown = 4;
+
+} // namespace
+
+void MainWindow::displayEmptyTrend()
+{
+    if (trendChart.view != nullptr)
+        return;
+    trendChart = createLineChart(
+        {u"Response Trend"_s, u"Sound File"_s, u"Mother's voice, chosen (n times)"_s}, chartFonts,
+        400);
+    trendChart.series->setName(u"trend"_s);
+    trendChart.series->setPointsVisible(true);
+    trendChart.horizontalAxis->setLabelsVisible(true);
+    trendChart.horizontalAxis->setLabelFormat(u"%g"_s);
+    trendChart.horizontalAxis->setTickCount(2);
+    trendChart.verticalAxis->setLabelsVisible(true);
+    trendChart.verticalAxis->setRange(0, leastCountsShown);
+    trendChart.verticalAxis->setLabelFormat(u"%.0f"_s);
+    gridLayoutPlots->addWidget(trendChart.view, 2, 0, 1, 2);
+}
 
 void MainWindow::updateTrend()
 {
@@ -15,5 +48,17 @@ void MainWindow::updateTrend()
             trendY[i] = 0;
             trendPoints[i] = QPointF(i + 1, 0);
         }
+        trendChart.horizontalAxis->setRange(1, nTokens);
+        trendChart.horizontalAxis->setLabelFormat(u"%g"_s);
+        // An axis has two ticks at least and ignores a smaller count: for a single token it would
+        // keep those of the session before.
+        trendChart.horizontalAxis->setTickCount(std::max(nTokens, 2));
     }
+    trendChart.series->replace(trendPoints);
+    if (trendY.isEmpty()) {
+        trendChart.verticalAxis->setRange(0, leastCountsShown);
+        return;
+    }
+    trendRange = valueRange(trendY);
+    trendChart.verticalAxis->setRange(0, std::max(trendRange.at(1), leastCountsShown));
 }

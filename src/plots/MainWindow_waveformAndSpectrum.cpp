@@ -1,13 +1,68 @@
-// The waveform and spectrum charts. Declared in app/MainWindow.h.
+// The waveform and spectrum charts of the current token. Declared in app/MainWindow.h.
 
 #include "app/MainWindow.h"
+#include "plots/PlotPoints.h"
+#include "plots/Spectrum.h"
 
-void MainWindow::displayEmptyWav() {}
+#include <QChartView>
+#include <QGridLayout>
+#include <QLineSeries>
+#include <QValueAxis>
 
-void MainWindow::displayEmptyFFT() {}
+using namespace Qt::StringLiterals;
 
-void MainWindow::displayWav() {}
+namespace {
 
-void MainWindow::genFFT() {}
+constexpr int leastChartWidth = 200;
 
-void MainWindow::displayFFT() {}
+} // namespace
+
+void MainWindow::displayEmptyWav()
+{
+    if (waveformChart.view != nullptr)
+        return;
+    waveformChart = createLineChart({u"Time Waveform"_s, u"Time (ms)"_s, u"Amplitude"_s},
+                                    chartFonts, leastChartWidth);
+    gridLayoutPlots->addWidget(waveformChart.view, 0, 0, 1, 1);
+}
+
+void MainWindow::displayEmptyFFT()
+{
+    if (spectrumChart.view != nullptr)
+        return;
+    spectrumChart = createLineChart({u"Amplitude Spectrum"_s, u"Frequency (Hz)"_s, u"Amplitude"_s},
+                                    chartFonts, leastChartWidth);
+    spectrumChart.horizontalAxis->setRange(0, data.upperFrequencyToPlot);
+    spectrumChart.horizontalAxis->setLabelFormat(u"%.0f"_s);
+    spectrumChart.verticalAxis->setRange(0, 1);
+    gridLayoutPlots->addWidget(spectrumChart.view, 1, 0, 1, 1);
+}
+
+void MainWindow::displayWav()
+{
+    updateNPointsToPlot();
+    wavePoints = plotPoints(timeAxis, soundWave, data.nPointsToPlot);
+    waveformChart.series->replace(wavePoints);
+    waveformChart.horizontalAxis->setRange(0, data.nPointsToPlot / data.fs * 1000);
+    waveRange = valueRange(soundWave);
+    waveformChart.verticalAxis->setRange(waveRange.at(0), waveRange.at(1));
+}
+
+void MainWindow::genFFT()
+{
+    applyWindow(soundWave, data.nSamples, fftWindowType);
+    fftDuration = static_cast<double>(nFFT) / data.fs;
+    freqResolution = 1 / fftDuration;
+    Spectrum spectrum = amplitudeSpectrum(soundWave, data.nSamples, nFFT, freqResolution);
+    frequencies.swap(spectrum.frequencies);
+    amplitudes.swap(spectrum.amplitudes);
+    phases.swap(spectrum.phases);
+}
+
+void MainWindow::displayFFT()
+{
+    spectrumPoints = plotPoints(frequencies, amplitudes, data.nFreqPointsToPlot);
+    spectrumChart.series->replace(spectrumPoints);
+    spectrumRange = valueRange(amplitudes);
+    spectrumChart.verticalAxis->setRange(spectrumRange.at(0), spectrumRange.at(1));
+}

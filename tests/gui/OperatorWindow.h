@@ -13,11 +13,18 @@ public:
     using MainWindow::centerAndResizeMainWindow;
     using MainWindow::computeResults;
     using MainWindow::disableAllComponents;
+    using MainWindow::displayEmptyFFT;
+    using MainWindow::displayEmptyTrend;
+    using MainWindow::displayEmptyWav;
+    using MainWindow::displayFFT;
+    using MainWindow::displayWav;
     using MainWindow::finishIt;
+    using MainWindow::genFFT;
     using MainWindow::genWav;
     using MainWindow::getParameters;
     using MainWindow::initDataEntries;
     using MainWindow::updateStatusString;
+    using MainWindow::updateTrend;
     using MainWindow::writeDataToTxt;
 
     using MainWindow::audioBuffer;
@@ -33,8 +40,27 @@ public:
     using MainWindow::soundWave;
     using MainWindow::subjectWindow;
     using MainWindow::tokenIndex;
-    using MainWindow::trendY;
     using MainWindow::trialIndex;
+
+    using MainWindow::amplitudes;
+    using MainWindow::fftDuration;
+    using MainWindow::fftWindowType;
+    using MainWindow::freqResolution;
+    using MainWindow::frequencies;
+    using MainWindow::nFFT;
+    using MainWindow::phases;
+    using MainWindow::spectrumChart;
+    using MainWindow::spectrumPoints;
+    using MainWindow::spectrumRange;
+    using MainWindow::timeAxis;
+    using MainWindow::trendChart;
+    using MainWindow::trendPoints;
+    using MainWindow::trendRange;
+    using MainWindow::trendX;
+    using MainWindow::trendY;
+    using MainWindow::waveformChart;
+    using MainWindow::wavePoints;
+    using MainWindow::waveRange;
 
     using MainWindow::comboBoxMainParameter;
     using MainWindow::comboBoxSesType;

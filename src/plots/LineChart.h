@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QFont>
+#include <QString>
+
+class QChart;
+class QChartView;
+class QLineSeries;
+class QValueAxis;
+
+/// The fonts of a chart's texts.
+struct ChartFonts
+{
+    QFont axisLabels;
+    QFont axisTitles;
+    QFont title;
+};
+
+/// The texts around a chart.
+struct ChartTexts
+{
+    QString title;
+    QString horizontalAxis;
+    QString verticalAxis;
+};
+
+/// A chart of one line over two value axes. All pointers are null until it is created; from then on
+/// the view owns everything and is owned by whoever places it.
+struct LineChart
+{
+    QLineSeries *series = nullptr;
+    QValueAxis *horizontalAxis = nullptr;
+    QValueAxis *verticalAxis = nullptr;
+    QChart *chart = nullptr;
+    QChartView *view = nullptr;
+};
+
+/// An empty chart at least @p minimumWidth pixels wide: without a legend, without margins, drawn
+/// with antialiasing. Ranges and label formats are left as Qt sets them.
+LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int minimumWidth);

@@ -1,0 +1,624 @@
+#include "gui/GuiTestMain.h"
+#include "gui/ModalAnswer.h"
+#include "gui/OperatorWindow.h"
+#include "subject/SubjectWindow.h"
+#include "unit/WavFile.h"
+
+#include <QChart>
+#include <QChartView>
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QGridLayout>
+#include <QLegend>
+#include <QLineEdit>
+#include <QLineSeries>
+#include <QPushButton>
+#include <QSet>
+#include <QValueAxis>
+
+#include <cmath>
+#include <functional>
+#include <memory>
+
+namespace {
+
+using ChartMember = LineChart OperatorWindow::*;
+using Range = QPair<double, double>;
+using Token = std::function<int(int sample)>; ///< value of a sample from -32768 to 32767
+
+constexpr int rate = 48000;
+
+QByteArray tokenBytes(int nSamples, const Token &value)
+{
+    QByteArray data;
+    data.reserve(nSamples * 2);
+    for (int i = 0; i < nSamples; ++i)
+        data += WavBytes::little(static_cast<std::uint32_t>(value(i)), 2);
+    return WavBytes{.data = data}.bytes();
+}
+
+int ramp(int sample)
+{
+    return sample % 16384;
+}
+
+int silence(int)
+{
+    return 0;
+}
+
+Range rangeOf(const QValueAxis *axis)
+{
+    return {axis->min(), axis->max()};
+}
+
+QRect cellOf(const QGridLayout *grid, QWidget *widget)
+{
+    int row = -1;
+    int column = -1;
+    int rowSpan = -1;
+    int columnSpan = -1;
+    grid->getItemPosition(grid->indexOf(widget), &row, &column, &rowSpan, &columnSpan);
+    return {column, row, columnSpan, rowSpan};
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(ChartMember)
+Q_DECLARE_METATYPE(Token)
+
+class TestCharts : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void setUp_data();
+    void setUp();
+    void commonToAll_data();
+    void commonToAll();
+    void ranges();
+    void markers();
+    void secondCallChangesNothing();
+    void atStartUp();
+
+    void defaultToken();
+    void span_data();
+    void span();
+    void highUpperFrequency();
+    void shortTokens_data();
+    void shortTokens();
+    void verticalRangeOfTheSpectrum();
+    void sineInTheSpectrum();
+    void windowing();
+    void noToken();
+    void nextTokenReplacesTheFirst();
+    void otherSamplingRate();
+
+    void trendBeforeTheFirstAnswer_data();
+    void trendBeforeTheFirstAnswer();
+    void motherAnswers_data();
+    void motherAnswers();
+    void strangerAnswers();
+    void trendStaysWithoutTokens();
+    void trendIsResetByTheNextSession();
+
+    void pictures();
+
+private:
+    bool prepare(const QString &folder) const;
+    bool showToken(int nSamples, const Token &value) const;
+    bool prepareTokens(int nTokens) const;
+    void present(int response) const;
+    QList<QPointF> points(ChartMember chart) const
+    {
+        return (m_window.get()->*chart).series->points();
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<OperatorWindow> m_window;
+};
+
+void TestCharts::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_folder->isValid());
+    m_window = std::make_unique<OperatorWindow>();
+    m_window->resize(1152, 810);
+    m_window->show();
+    m_window->lineEditSi->setText("60000.000"); // nothing is heard here
+    m_window->checkBoxAutoPlay->setChecked(false);
+    m_window->checkBoxSaveData->setChecked(false);
+}
+
+void TestCharts::cleanup()
+{
+    m_window.reset();
+    m_folder.reset();
+}
+
+/// Presses "Practice" and chooses @p folder.
+bool TestCharts::prepare(const QString &folder) const
+{
+    ModalAnswer answers;
+    answers.choose(folder);
+    m_window->pushButtonPractice->click();
+    return answers.problem().isEmpty() && m_window->pushButtonGo->isEnabled();
+}
+
+/// Prepares a session with one token.
+bool TestCharts::showToken(int nSamples, const Token &value) const
+{
+    return writeFile(m_folder->filePath("MOV001.wav"), tokenBytes(nSamples, value)) &&
+           prepare(m_folder->path());
+}
+
+/// Prepares a session with @p nTokens tokens, numbered in the order in which they are shown.
+bool TestCharts::prepareTokens(int nTokens) const
+{
+    const QDir folder(m_folder->filePath(QString::number(nTokens)));
+    if (!folder.mkpath("."))
+        return false;
+    for (int i = 0; i < nTokens; ++i) {
+        const QString name = QString("MOV001_%1.wav").arg(i, 4, 10, QChar('0'));
+        if (!writeFile(folder.filePath(name), tokenBytes(100, ramp)))
+            return false;
+    }
+    if (!prepare(folder.path()))
+        return false;
+    m_window->reactionTimer->start();
+    return true;
+}
+
+/// Presents the next token and answers it by @p response.
+void TestCharts::present(int response) const
+{
+    m_window->updateMainwindow(m_window->trialIndex == 0 ? ReadyResponse : NextResponse);
+    m_window->updateMainwindow(response);
+}
+
+void TestCharts::setUp_data()
+{
+    QTest::addColumn<ChartMember>("chart");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("horizontalTitle");
+    QTest::addColumn<QString>("verticalTitle");
+    QTest::addColumn<QString>("seriesName");
+    QTest::addColumn<QString>("horizontalFormat");
+    QTest::addColumn<QString>("verticalFormat");
+    QTest::addColumn<double>("minimumWidth");
+    QTest::addColumn<QRect>("cell");
+
+    QTest::newRow("waveform") << ChartMember(&OperatorWindow::waveformChart) << "Time Waveform"
+                              << "Time (ms)"
+                              << "Amplitude"
+                              << ""
+                              << ""
+                              << "" << 200.0 << QRect(0, 0, 1, 1);
+    QTest::newRow("spectrum") << ChartMember(&OperatorWindow::spectrumChart) << "Amplitude Spectrum"
+                              << "Frequency (Hz)"
+                              << "Amplitude"
+                              << ""
+                              << "%.0f"
+                              << "" << 200.0 << QRect(0, 1, 1, 1);
+    QTest::newRow("trend") << ChartMember(&OperatorWindow::trendChart) << "Response Trend"
+                           << "Sound File"
+                           << "Mother's voice, chosen (n times)"
+                           << "trend"
+                           << "%g"
+                           << "%.0f" << 400.0 << QRect(0, 2, 2, 1);
+}
+
+void TestCharts::setUp()
+{
+    QFETCH(const ChartMember, chart);
+    const LineChart &shown = m_window.get()->*chart;
+    QTEST(shown.chart->title(), "title");
+    QTEST(shown.horizontalAxis->titleText(), "horizontalTitle");
+    QTEST(shown.verticalAxis->titleText(), "verticalTitle");
+    QTEST(shown.series->name(), "seriesName");
+    QTEST(shown.horizontalAxis->labelFormat(), "horizontalFormat");
+    QTEST(shown.verticalAxis->labelFormat(), "verticalFormat");
+    QTEST(shown.chart->minimumWidth(), "minimumWidth");
+    QTEST(cellOf(m_window->gridLayoutPlots, shown.view), "cell");
+}
+
+void TestCharts::commonToAll_data()
+{
+    setUp_data();
+}
+
+void TestCharts::commonToAll()
+{
+    QFETCH(const ChartMember, chart);
+    const LineChart &shown = m_window.get()->*chart;
+    QVERIFY(shown.view->chart() == shown.chart);
+    QCOMPARE(shown.chart->series(), QList<QAbstractSeries *>{shown.series});
+    QCOMPARE(shown.series->count(), 0);
+    QCOMPARE(shown.chart->axes(Qt::Horizontal), QList<QAbstractAxis *>{shown.horizontalAxis});
+    QCOMPARE(shown.chart->axes(Qt::Vertical), QList<QAbstractAxis *>{shown.verticalAxis});
+    QCOMPARE(shown.horizontalAxis->alignment(), Qt::AlignBottom);
+    QCOMPARE(shown.verticalAxis->alignment(), Qt::AlignLeft);
+    QCOMPARE(shown.series->attachedAxes(),
+             (QList<QAbstractAxis *>{shown.horizontalAxis, shown.verticalAxis}));
+    QVERIFY(shown.horizontalAxis->labelsVisible());
+    QVERIFY(shown.verticalAxis->labelsVisible());
+    for (const QFont &font : {shown.horizontalAxis->labelsFont(), shown.horizontalAxis->titleFont(),
+                              shown.verticalAxis->labelsFont(), shown.verticalAxis->titleFont()}) {
+        QCOMPARE(font.pixelSize(), 10);
+        QCOMPARE(int{font.weight()}, 400);
+    }
+    QCOMPARE(shown.chart->titleFont().pixelSize(), 12);
+    QCOMPARE(int{shown.chart->titleFont().weight()}, 400);
+    QVERIFY(!shown.chart->legend()->isVisible());
+    QCOMPARE(shown.chart->margins(), QMargins(0, 0, 0, 0));
+    QCOMPARE(shown.chart->sizePolicy().horizontalPolicy(), QSizePolicy::Minimum);
+    QCOMPARE(shown.chart->sizePolicy().verticalPolicy(), QSizePolicy::Preferred);
+    QVERIFY(shown.view->renderHints().testFlag(QPainter::Antialiasing));
+}
+
+void TestCharts::ranges()
+{
+    QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Range(0, 2000));
+    QCOMPARE(rangeOf(m_window->spectrumChart.verticalAxis), Range(0, 1));
+    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Range(0, 4));
+    QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 2);
+    // No range has been set for these: they show what a new axis in a chart does.
+    QChart bare;
+    auto *series = new QLineSeries;
+    auto *axis = new QValueAxis;
+    bare.addSeries(series);
+    bare.addAxis(axis, Qt::AlignBottom);
+    series->attachAxis(axis);
+    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), rangeOf(axis));
+    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), rangeOf(axis));
+    QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), rangeOf(axis));
+}
+
+void TestCharts::markers()
+{
+    QVERIFY(m_window->trendChart.series->pointsVisible());
+    QVERIFY(!m_window->waveformChart.series->pointsVisible());
+    QVERIFY(!m_window->spectrumChart.series->pointsVisible());
+}
+
+void TestCharts::secondCallChangesNothing()
+{
+    QVERIFY(showToken(12000, ramp));
+    const auto state = [this] {
+        QVariantList values;
+        for (const LineChart *chart :
+             {&m_window->waveformChart, &m_window->spectrumChart, &m_window->trendChart}) {
+            values << QVariant::fromValue(chart->view) << QVariant::fromValue(chart->chart)
+                   << chart->series->count() << chart->horizontalAxis->max()
+                   << chart->verticalAxis->max();
+        }
+        return values << m_window->gridLayoutPlots->count();
+    };
+    const QVariantList before = state();
+    m_window->displayEmptyWav();
+    m_window->displayEmptyFFT();
+    m_window->displayEmptyTrend();
+    QCOMPARE(state(), before);
+    QCOMPARE(m_window->gridLayoutPlots->count(), 3);
+}
+
+void TestCharts::atStartUp()
+{
+    QCOMPARE(m_window->timeAxis.size(), 12000);
+    QCOMPARE(m_window->wavePoints.size(), 12000);
+    QCOMPARE(m_window->waveRange, (QList<double>{0, 0}));
+    QCOMPARE(m_window->spectrumRange, (QList<double>{0, 0}));
+    QCOMPARE(m_window->trendRange, (QList<double>{0, 0}));
+    QCOMPARE(m_window->nFFT, 16384);
+    QCOMPARE(m_window->data.nFreqPointsToPlot, 682);
+    QCOMPARE(m_window->spectrumPoints.size(), 682);
+    QCOMPARE(m_window->frequencies.size(), 8192);
+    QVERIFY(m_window->trendX.isEmpty());
+    QVERIFY(m_window->trendY.isEmpty());
+    QVERIFY(m_window->trendPoints.isEmpty());
+}
+
+void TestCharts::defaultToken()
+{
+    QVERIFY(showToken(12000, ramp));
+    const QList<QPointF> wave = points(&OperatorWindow::waveformChart);
+    QCOMPARE(wave.size(), 12000);
+    QCOMPARE(wave, m_window->wavePoints);
+    QCOMPARE(wave.first(), QPointF(0, 0));
+    QCOMPARE(wave.at(48), QPointF(1, 48 / 32768.0));
+    QCOMPARE(wave.last(), QPointF(11999 / 48.0, 11999 / 32768.0));
+    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Range(0, 250));
+    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Range(0, 11999 / 32768.0));
+
+    QCOMPARE(m_window->nFFT, 16384);
+    QCOMPARE(m_window->fftDuration, 16384 / 48000.0);
+    QCOMPARE(m_window->freqResolution, 48000.0 / 16384);
+    for (const QList<double> *list :
+         {&m_window->frequencies, &m_window->amplitudes, &m_window->phases})
+        QCOMPARE(list->size(), 8192);
+    const QList<QPointF> spectrum = points(&OperatorWindow::spectrumChart);
+    QCOMPARE(spectrum.size(), 682);
+    QCOMPARE(spectrum, m_window->spectrumPoints);
+    QCOMPARE(spectrum.at(100),
+             QPointF(m_window->frequencies.at(100), m_window->amplitudes.at(100)));
+    QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Range(0, 2000));
+}
+
+void TestCharts::span_data()
+{
+    QTest::addColumn<int>("nSamples");
+    QTest::addColumn<int>("entire");
+    QTest::addColumn<int>("nPoints");
+    QTest::addColumn<double>("duration");
+
+    QTest::newRow("longer, cut") << 24000 << 0 << 12000 << 0.25;
+    QTest::newRow("longer, entire") << 24000 << 1 << 24000 << 0.5;
+    QTest::newRow("shorter") << 6000 << 0 << 6000 << 0.125;
+    QTest::newRow("shorter, entire") << 6000 << 1 << 6000 << 0.125;
+    QTest::newRow("a minute") << 60 * rate << 1 << 60 * rate << 60.0;
+}
+
+void TestCharts::span()
+{
+    QFETCH(const int, nSamples);
+    QFETCH(const int, entire);
+    QFETCH(const int, nPoints);
+    QFETCH(const double, duration);
+    m_window->data.alwaysPlotEntireWaveformFlag = entire;
+    // The largest value lies behind what is plotted of the token that is cut.
+    QVERIFY(showToken(nSamples, [nSamples](int i) { return i == nSamples - 1 ? 16384 : 8192; }));
+    QCOMPARE(points(&OperatorWindow::waveformChart).size(), nPoints);
+    QCOMPARE(m_window->data.nPointsToPlot, nPoints);
+    QCOMPARE(m_window->data.durationToPlot, duration);
+    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Range(0, duration * 1000));
+    QCOMPARE(m_window->waveRange, (QList<double>{0.25, 0.5}));
+    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Range(0.25, 0.5));
+}
+
+void TestCharts::highUpperFrequency()
+{
+    m_window->data.upperFrequencyToPlot = 30000;
+    QVERIFY(showToken(12000, ramp));
+    QCOMPARE(m_window->data.nFreqPointsToPlot, 8192);
+    QCOMPARE(points(&OperatorWindow::spectrumChart).size(), 8192);
+    // The range of the horizontal axis is that of the window's creation.
+    QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Range(0, 2000));
+}
+
+void TestCharts::shortTokens_data()
+{
+    QTest::addColumn<int>("nSamples");
+    QTest::addColumn<Token>("value");
+    QTest::addColumn<qint64>("nFFT");
+    QTest::addColumn<Range>("waveRange");
+    QTest::addColumn<Range>("spectrumRange");
+
+    const Token half = [](int) { return 16384; };
+    QTest::newRow("one sample") << 1 << half << qint64{1} << Range(0.5, 0.5) << Range(0, 0);
+    QTest::newRow("two samples") << 2 << half << qint64{2} << Range(0.5, 0.5) << Range(1, 1);
+    // Sum 1.5, alternating sum 0.5, at a quarter of the rate |0.5 - 0.5i - 0.5|, all over 3 / 2
+    // = 1.
+    QTest::newRow("three samples")
+        << 3 << half << qint64{4} << Range(0.5, 0.5) << Range(0.5, std::sqrt(2.5));
+    QTest::newRow("silence") << 12000 << Token(silence) << qint64{16384} << Range(0, 0)
+                             << Range(0, 0);
+}
+
+// Catches a transform, a list or a chart that cannot take them.
+void TestCharts::shortTokens()
+{
+    QFETCH(const int, nSamples);
+    QFETCH(const Token, value);
+    QFETCH(const qint64, nFFT);
+    QFETCH(const Range, waveRange);
+    QFETCH(const Range, spectrumRange);
+    QVERIFY(showToken(nSamples, value));
+    QCOMPARE(points(&OperatorWindow::waveformChart).size(), nSamples);
+    QCOMPARE(m_window->nFFT, nFFT);
+    QCOMPARE(m_window->amplitudes.size(), nFFT / 2);
+    QCOMPARE(points(&OperatorWindow::spectrumChart).size(), m_window->data.nFreqPointsToPlot);
+    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), waveRange);
+    QCOMPARE(rangeOf(m_window->spectrumChart.verticalAxis), spectrumRange);
+    QVERIFY(!m_window->grab().isNull());
+}
+
+// The axis starts at the smallest amplitude, not at 0.
+void TestCharts::verticalRangeOfTheSpectrum()
+{
+    // An impulse has the same amplitude in all bins but the first.
+    QVERIFY(showToken(4, [](int i) { return i == 0 ? 16384 : 0; }));
+    QCOMPARE(rangeOf(m_window->spectrumChart.verticalAxis), Range(0.25, std::sqrt(0.5) / 2));
+    QCOMPARE(m_window->spectrumRange, (QList<double>{0.25, std::sqrt(0.5) / 2}));
+}
+
+void TestCharts::sineInTheSpectrum()
+{
+    constexpr double amplitude = 16384;
+    constexpr double cycles = 100;
+    QVERIFY(showToken(16384, [](int i) {
+        return static_cast<int>(std::lround(amplitude * std::sin(2 * M_PI * cycles * i / 16384)));
+    }));
+    const QPointF peak = points(&OperatorWindow::spectrumChart).at(100);
+    QCOMPARE(peak.x(), cycles * rate / 16384);
+    QVERIFY(std::abs(peak.y() - 0.5) < 2 / 32768.0 / 2); // the samples are rounded to 16 bits
+    QVERIFY(std::abs(m_window->spectrumChart.verticalAxis->max() - peak.y()) < 1e-12);
+}
+
+void TestCharts::windowing()
+{
+    m_window->fftWindowType = 1;
+    QVERIFY(showToken(5, [](int) { return 16384; }));
+    QCOMPARE(m_window->soundWave.first(), 0.0);
+    QCOMPARE(m_window->soundWave.at(2), 0.5);
+    // The waveform was drawn before.
+    QCOMPARE(points(&OperatorWindow::waveformChart).first().y(), 0.5);
+
+    m_window->fftWindowType = 2;
+    QVERIFY(showToken(5, [](int) { return 16384; }));
+    QCOMPARE(m_window->amplitudes, QList<double>(4, 0.0));
+}
+
+// A token without samples leaves nothing to draw, and the session can still be broken off.
+void TestCharts::noToken()
+{
+    QVERIFY(showToken(0, silence));
+    QCOMPARE(points(&OperatorWindow::waveformChart).size(), 0);
+    QCOMPARE(points(&OperatorWindow::spectrumChart).size(), 0);
+    QVERIFY(!m_window->grab().isNull());
+}
+
+void TestCharts::nextTokenReplacesTheFirst()
+{
+    QVERIFY(showToken(12000, ramp));
+    QVERIFY(showToken(100, [](int) { return 8192; }));
+    QCOMPARE(points(&OperatorWindow::waveformChart).size(), 100);
+    QCOMPARE(points(&OperatorWindow::waveformChart).first(), QPointF(0, 0.25));
+    // Nothing of the first is left even though this one has no height.
+    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Range(0.25, 0.25));
+}
+
+// All axes use the session's sampling rate, not the file's.
+void TestCharts::otherSamplingRate()
+{
+    QVERIFY(writeFile(m_folder->filePath("MOV001.wav"),
+                      WavBytes{.sampleRate = 24000, .data = QByteArray(2400, '\0')}.bytes()));
+    QVERIFY(prepare(m_folder->path()));
+    QCOMPARE(points(&OperatorWindow::waveformChart).last().x(), 1199 / 48.0);
+    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Range(0, 25));
+    QCOMPARE(m_window->frequencies.at(1), 48000.0 / 2048);
+}
+
+void TestCharts::trendBeforeTheFirstAnswer_data()
+{
+    QTest::addColumn<int>("nTokens");
+    QTest::addColumn<int>("tickCount");
+
+    QTest::newRow("ten tokens") << 10 << 10;
+    QTest::newRow("two tokens") << 2 << 2;
+    // An axis does not go below two ticks.
+    QTest::newRow("one token") << 1 << 2;
+    QTest::newRow("a thousand tokens") << 1000 << 1000;
+}
+
+void TestCharts::trendBeforeTheFirstAnswer()
+{
+    QFETCH(const int, nTokens);
+    QFETCH(const int, tickCount);
+    QVERIFY(prepareTokens(nTokens));
+    QList<QPointF> flat;
+    for (int i = 0; i < nTokens; ++i)
+        flat.append(QPointF(i + 1, 0));
+    QCOMPARE(points(&OperatorWindow::trendChart), flat);
+    QCOMPARE(m_window->trendX.size(), nTokens);
+    QCOMPARE(m_window->trendX.last(), nTokens);
+    QCOMPARE(m_window->trendY, QList<double>(nTokens, 0.0));
+    QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), Range(1, nTokens));
+    QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), tickCount);
+    QCOMPARE(m_window->trendChart.horizontalAxis->labelFormat(), "%g");
+    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Range(0, 4));
+    QVERIFY(!m_window->grab().isNull());
+}
+
+void TestCharts::motherAnswers_data()
+{
+    QTest::addColumn<int>("nAnswers");
+    QTest::addColumn<double>("top");
+
+    for (int n = 1; n <= 4; ++n)
+        QTest::addRow("%d", n) << n << 4.0;
+    QTest::newRow("5") << 5 << 5.0;
+    QTest::newRow("7") << 7 << 7.0;
+}
+
+void TestCharts::motherAnswers()
+{
+    QFETCH(const int, nAnswers);
+    QFETCH(const double, top);
+    m_window->lineEditNTimes->setText("8");
+    QVERIFY(prepareTokens(1));
+    for (int n = 1; n <= nAnswers; ++n) {
+        present(MotherResponse);
+        QCOMPARE(points(&OperatorWindow::trendChart), QList<QPointF>{QPointF(1, n)});
+    }
+    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Range(0, top));
+    QCOMPARE(m_window->trendRange, QList<double>(2, nAnswers));
+    QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 2);
+}
+
+void TestCharts::strangerAnswers()
+{
+    m_window->lineEditNTimes->setText("2");
+    QVERIFY(prepareTokens(2));
+    for (const int response : {StrangerResponse, MotherResponse, StrangerResponse}) {
+        const QList<QPointF> before = points(&OperatorWindow::trendChart);
+        present(response);
+        QCOMPARE(points(&OperatorWindow::trendChart) != before, response == MotherResponse);
+    }
+    const QPointF expected(m_window->randomSequence.at(1) + 1, 1);
+    QCOMPARE(points(&OperatorWindow::trendChart).count(expected), 1);
+    QCOMPARE(m_window->trendRange, (QList<double>{0, 1}));
+}
+
+void TestCharts::trendStaysWithoutTokens()
+{
+    m_window->updateTrend();
+    QCOMPARE(points(&OperatorWindow::trendChart).size(), 0);
+    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Range(0, 4));
+
+    QVERIFY(prepareTokens(3));
+    present(MotherResponse);
+    const QList<QPointF> before = points(&OperatorWindow::trendChart);
+    m_window->nTokens = 0;
+    m_window->trialIndex = 0;
+    m_window->updateTrend();
+    QCOMPARE(points(&OperatorWindow::trendChart), before);
+    QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), Range(1, 3));
+    QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 3);
+}
+
+// Catches what a session leaves behind in the next, among it the ticks of ten tokens for one.
+void TestCharts::trendIsResetByTheNextSession()
+{
+    QVERIFY(prepareTokens(10));
+    present(MotherResponse);
+    QVERIFY(prepareTokens(1));
+    QCOMPARE(points(&OperatorWindow::trendChart), QList<QPointF>{QPointF(1, 0)});
+    QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), Range(1, 1));
+    QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 2);
+}
+
+// What the operator sees with the example tokens. Each picture shows something: where the line of
+// the chart would be there is not one colour alone. With OSTRINE_PICTURES they are kept there.
+void TestCharts::pictures()
+{
+    m_window->lineEditNTimes->setText("2");
+    QVERIFY(prepare(QFINDTESTDATA("../../examples/tokens")));
+    m_window->reactionTimer->start();
+    for (const int response : {MotherResponse, StrangerResponse, MotherResponse, MotherResponse})
+        present(response);
+    QTest::qWait(50); // charts lay their axes out from the event loop
+
+    const QMap<QString, QWidget *> views = {{"waveform", m_window->waveformChart.view},
+                                            {"spectrum", m_window->spectrumChart.view},
+                                            {"trend", m_window->trendChart.view},
+                                            {"operator-window", m_window.get()}};
+    const QString folder = qEnvironmentVariable("OSTRINE_PICTURES");
+    for (auto view = views.cbegin(); view != views.cend(); ++view) {
+        const QPixmap picture = view.value()->grab();
+        if (!folder.isEmpty())
+            QVERIFY(picture.save(folder + "/" + view.key() + ".png"));
+        const QImage image = picture.toImage();
+        QSet<QRgb> colours;
+        for (int x = image.width() / 4; x < image.width() * 3 / 4; ++x) {
+            for (int y = image.height() / 4; y < image.height() * 3 / 4; ++y)
+                colours.insert(image.pixel(x, y));
+        }
+        QVERIFY2(colours.size() > 10, qPrintable(view.key()));
+    }
+}
+
+GUI_TEST_MAIN(TestCharts)
+#include "tst_charts.moc"
