@@ -1,0 +1,544 @@
+#include "plots/DynArray.h"
+#include "plots/FFTReal.h"
+#include "plots/Oscillator.h"
+
+#include <QList>
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <new>
+#include <numbers>
+#include <random>
+#include <type_traits>
+
+namespace {
+
+int allocations = 0;
+
+} // namespace
+
+// Every allocation by new is counted. The forms for arrays are given as well, since the default
+// ones need not call these where a sanitizer brings its own.
+void *operator new(std::size_t size)
+{
+    ++allocations;
+    if (void *const memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+
+void *operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
+void operator delete(void *memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void *memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void *memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void *memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+namespace {
+
+using Values = QList<double>;
+using Exact = long double;
+
+static_assert(FFTReal<double>::MAX_BIT_DEPTH == 30);
+static_assert(FFTReal<double>::TRIGO_BD_LIMIT == 12);
+static_assert(std::has_virtual_destructor_v<FFTReal<double>>);
+static_assert(!std::is_copy_constructible_v<DynArray<double>>);
+static_assert(!std::is_copy_assignable_v<DynArray<double>>);
+
+/// The transform with its tables and its version for any processor in sight.
+class OpenTransform : public FFTReal<double>
+{
+public:
+    using FFTReal::FFTReal;
+    using FFTReal::transform_baseline;
+
+    using FFTReal::_bit_rev_table;
+    using FFTReal::_cos_table;
+    using FFTReal::_length;
+    using FFTReal::_nbr_bits;
+    using FFTReal::_oscillators;
+    using FFTReal::_scratch;
+};
+
+/// @p length numbers from -1 to 1, the same ones for the same @p seed.
+Values noise(qsizetype length, unsigned seed)
+{
+    std::mt19937 generator(seed);
+    std::uniform_real_distribution<double> amplitude(-1.0, 1.0);
+    Values values(length);
+    std::generate(values.begin(), values.end(), [&] { return amplitude(generator); });
+    return values;
+}
+
+/// What do_fft makes of @p input. Numbers it does not write stay NaN.
+Values transformed(const Values &input)
+{
+    Values output(input.size(), std::numeric_limits<double>::quiet_NaN());
+    FFTReal<double>(input.size()).do_fft(output.data(), input.constData());
+    return output;
+}
+
+/// Bins of the transform of @p input by its definition, in extended precision.
+class Definition
+{
+public:
+    explicit Definition(const Values &input)
+        : m_input(input)
+        , m_cos(input.size())
+        , m_sin(input.size())
+    {
+        for (qsizetype n = 0; n < input.size(); ++n) {
+            const Exact angle = 2 * std::numbers::pi_v<Exact> * static_cast<Exact>(n) /
+                                static_cast<Exact>(input.size());
+            m_cos[n] = std::cos(angle);
+            m_sin[n] = std::sin(angle);
+        }
+    }
+
+    struct Bin
+    {
+        Exact re = 0;
+        Exact minusIm = 0;
+    };
+
+    Bin bin(qsizetype k) const
+    {
+        const double *const x = m_input.constData();
+        const Exact *const cosine = m_cos.constData();
+        const Exact *const sine = m_sin.constData();
+        const qsizetype length = m_input.size();
+        Bin sum;
+        qsizetype turn = 0; // k n modulo the length
+        for (qsizetype n = 0; n < length; ++n) {
+            sum.re += x[n] * cosine[turn];
+            sum.minusIm += x[n] * sine[turn];
+            turn = (turn + k) & (length - 1);
+        }
+        return sum;
+    }
+
+private:
+    Values m_input;
+    QList<Exact> m_cos;
+    QList<Exact> m_sin;
+};
+
+/// How far @p output is from @p definition in the given bins: the root of the summed squares of the
+/// differences by that of the bins' own.
+double relativeError(const Values &output, const QList<qsizetype> &bins,
+                     const QList<Definition::Bin> &definition)
+{
+    const qsizetype half = output.size() / 2;
+    Exact difference = 0;
+    Exact magnitude = 0;
+    const auto add = [&](double value, Exact exact) {
+        difference += (value - exact) * (value - exact);
+        magnitude += exact * exact;
+    };
+    for (qsizetype i = 0; i < bins.size(); ++i) {
+        const qsizetype k = bins[i];
+        add(output[k], definition[i].re);
+        if (k > 0 && k < half)
+            add(output[half + k], definition[i].minusIm);
+    }
+    return static_cast<double>(std::sqrt(difference / magnitude));
+}
+
+/// The largest relative error a transform of 2^@p bits values may have.
+double tolerance(int bits)
+{
+    return bits <= FFTReal<double>::TRIGO_BD_LIMIT + 1 ? 1e-15 * (bits + 1) : 1e-12;
+}
+
+double largestDifference(const Values &a, const Values &b)
+{
+    double largest = 0;
+    for (qsizetype i = 0; i < a.size(); ++i)
+        largest = std::max(largest, std::abs(a[i] - b[i]));
+    return largest;
+}
+
+void addLengths(int lowestBits, int highestBits)
+{
+    QTest::addColumn<int>("bits");
+    for (int bits = lowestBits; bits <= highestBits; ++bits)
+        QTest::addRow("%lld", 1LL << bits) << bits;
+}
+
+} // namespace
+
+class TestFFTReal : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void allBins_data() { addLengths(0, 14); }
+    void allBins();
+    void someBins_data() { addLengths(15, 18); }
+    void someBins();
+
+    void layout_data();
+    void layout();
+    void ones_data() { addLengths(0, 15); }
+    void ones();
+    void impulse_data() { addLengths(1, 15); }
+    void impulse();
+    void waveOnABin_data();
+    void waveOnABin();
+    void linearity_data() { addLengths(0, 15); }
+    void linearity();
+    void energy_data() { addLengths(0, 16); }
+    void energy();
+
+    void writesOnlyTheOutput_data() { addLengths(0, 15); }
+    void writesOnlyTheOutput();
+    void sameResultAgain();
+    void allocatesNothing_data() { addLengths(0, 16); }
+    void allocatesNothing();
+
+    void tables_data() { addLengths(0, 16); }
+    void tables();
+    void oscillator();
+    void dynArray();
+};
+
+// Catches any error of a pass or a table, in the version for this processor and in that for all.
+void TestFFTReal::allBins()
+{
+    QFETCH(const int, bits);
+    const qsizetype length = qsizetype(1) << bits;
+    const Values input = noise(length, 100U + static_cast<unsigned>(bits));
+    const Definition definition(input);
+    QList<qsizetype> bins;
+    QList<Definition::Bin> expected;
+    for (qsizetype k = 0; k <= length / 2; ++k) {
+        bins.append(k);
+        expected.append(definition.bin(k));
+    }
+    const double error = relativeError(transformed(input), bins, expected);
+    qInfo("relative error %.2g", error);
+    QVERIFY(error < tolerance(bits));
+
+    if (bits >= 3) {
+        Values output(length);
+        OpenTransform(length).transform_baseline(output.data(), input.constData());
+        QVERIFY(relativeError(output, bins, expected) < tolerance(bits));
+    }
+}
+
+// Catches an oscillator that drifts or belongs to another pass, up to lengths of 2^18.
+void TestFFTReal::someBins()
+{
+    QFETCH(const int, bits);
+    const qsizetype length = qsizetype(1) << bits;
+    const Values input = noise(length, 100U + static_cast<unsigned>(bits));
+    const Definition definition(input);
+    QList<qsizetype> bins = {0, 1, 2, length / 4 - 1, length / 4, length / 2 - 1, length / 2};
+    std::mt19937 generator(static_cast<unsigned>(bits));
+    std::uniform_int_distribution<qsizetype> bin(3, length / 2 - 2);
+    while (bins.size() < 24)
+        bins.append(bin(generator));
+    QList<Definition::Bin> expected;
+    for (const qsizetype k : bins)
+        expected.append(definition.bin(k));
+    const double error = relativeError(transformed(input), bins, expected);
+    qInfo("relative error %.2g", error);
+    QVERIFY(error < tolerance(bits));
+
+    Values output(length);
+    OpenTransform(length).transform_baseline(output.data(), input.constData());
+    QVERIFY(relativeError(output, bins, expected) < tolerance(bits));
+}
+
+void TestFFTReal::layout_data()
+{
+    QTest::addColumn<Values>("input");
+    QTest::addColumn<Values>("expected");
+
+    const double r = std::numbers::sqrt2 / 2;
+    QTest::newRow("one value") << Values{-3.5} << Values{-3.5};
+    QTest::newRow("two values") << Values{3, 5} << Values{8, -2};
+    QTest::newRow("four values") << Values{1, 2, 4, 8} << Values{15, -3, -5, -6};
+    QTest::newRow("sine of four values") << Values{0, 1, 0, -1} << Values{0, 0, 0, 2};
+    QTest::newRow("cosine of four values") << Values{1, 0, -1, 0} << Values{0, 2, 0, 0};
+    QTest::newRow("impulse behind the first of eight values")
+        << Values{0, 1, 0, 0, 0, 0, 0, 0} << Values{1, r, 0, -r, -1, r, 1, r};
+    QTest::newRow("impulse before the last of eight values")
+        << Values{0, 0, 0, 0, 0, 0, 0, 1} << Values{1, r, 0, -r, -1, -r, -1, -r};
+    QTest::newRow("highest frequency of eight values")
+        << Values{1, -1, 1, -1, 1, -1, 1, -1} << Values{0, 0, 0, 0, 8, 0, 0, 0};
+}
+
+// Catches bins at other places, a scale, and imaginary parts with the other sign.
+void TestFFTReal::layout()
+{
+    QFETCH(const Values, input);
+    QFETCH(const Values, expected);
+    QVERIFY(largestDifference(transformed(input), expected) < 1e-15);
+}
+
+// Catches a normalisation, and rounding where there is none: the result is exact.
+void TestFFTReal::ones()
+{
+    QFETCH(const int, bits);
+    const qsizetype length = qsizetype(1) << bits;
+    Values expected(length, 0.0);
+    expected[0] = static_cast<double>(length);
+    // Equality of lists is that of their elements, without the tolerance QCOMPARE has for a double.
+    QVERIFY(transformed(Values(length, 1.0)) == expected);
+}
+
+// Catches a value read from the place of another one: where it is, an impulse turns the phase.
+void TestFFTReal::impulse()
+{
+    QFETCH(const int, bits);
+    const qsizetype length = qsizetype(1) << bits;
+    for (const qsizetype place : {qsizetype(0), qsizetype(1), length / 2, length - 1}) {
+        Values input(length, 0.0);
+        input[place] = 1.0;
+        Values expected(length);
+        for (qsizetype k = 0; k <= length / 2; ++k) {
+            const double angle = 2 * std::numbers::pi *
+                                 static_cast<double>(k * place & (length - 1)) /
+                                 static_cast<double>(length);
+            expected[k] = std::cos(angle);
+            if (k > 0 && k < length / 2)
+                expected[length / 2 + k] = std::sin(angle);
+        }
+        QVERIFY(largestDifference(transformed(input), expected) < tolerance(bits));
+    }
+}
+
+void TestFFTReal::waveOnABin_data()
+{
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<qsizetype>("cycles");
+    for (const int bits : {2, 3, 4, 5, 8, 9, 10, 12, 13, 14, 15}) {
+        const qsizetype length = qsizetype(1) << bits;
+        QList<qsizetype> bins = {1, length / 4, length / 2 - 1};
+        if (bits > 3)
+            bins << 2 << 3 << length / 4 + 1;
+        for (const qsizetype cycles : std::as_const(bins))
+            QTest::addRow("%lld cycles in %lld values", cycles, length) << bits << cycles;
+    }
+}
+
+// Catches real and imaginary parts taken for each other, and what leaks to other bins.
+void TestFFTReal::waveOnABin()
+{
+    QFETCH(const int, bits);
+    QFETCH(const qsizetype, cycles);
+    const qsizetype length = qsizetype(1) << bits;
+    const double peak = static_cast<double>(length) / 2;
+    Values cosine(length);
+    Values sine(length);
+    for (qsizetype n = 0; n < length; ++n) {
+        const double angle = 2 * std::numbers::pi * static_cast<double>(cycles * n & (length - 1)) /
+                             static_cast<double>(length);
+        cosine[n] = std::cos(angle);
+        sine[n] = std::sin(angle);
+    }
+    Values expected(length, 0.0);
+    expected[cycles] = peak;
+    QVERIFY(largestDifference(transformed(cosine), expected) < tolerance(bits) * peak);
+    expected[cycles] = 0.0;
+    expected[length / 2 + cycles] = peak;
+    QVERIFY(largestDifference(transformed(sine), expected) < tolerance(bits) * peak);
+}
+
+// Catches an operation that is no sum of the input's values.
+void TestFFTReal::linearity()
+{
+    QFETCH(const int, bits);
+    const qsizetype length = qsizetype(1) << bits;
+    const Values a = noise(length, 1);
+    const Values b = noise(length, 2);
+    const Values transformedA = transformed(a);
+    const Values transformedB = transformed(b);
+    Values sum(length);
+    Values expected(length);
+    for (qsizetype n = 0; n < length; ++n) {
+        sum[n] = 0.75 * a[n] - 2.5 * b[n];
+        expected[n] = 0.75 * transformedA[n] - 2.5 * transformedB[n];
+    }
+    QVERIFY(largestDifference(transformed(sum), expected) <
+            1e-14 * std::sqrt(static_cast<double>(length)));
+}
+
+// Catches a bin that is missing or counted twice: Parseval's theorem.
+void TestFFTReal::energy()
+{
+    QFETCH(const int, bits);
+    const qsizetype length = qsizetype(1) << bits;
+    const Values input = noise(length, 3);
+    const Values output = transformed(input);
+    Exact ofInput = 0;
+    Exact ofOutput = 0;
+    for (qsizetype n = 0; n < length; ++n) {
+        ofInput += Exact(input[n]) * input[n];
+        const bool once = n == 0 || n == length / 2;
+        ofOutput += Exact(output[n]) * output[n] * (once ? 1 : 2);
+    }
+    ofOutput /= static_cast<Exact>(length);
+    QVERIFY(std::abs(ofOutput / ofInput - 1) < tolerance(bits));
+}
+
+// Catches a changed input, and values written beside the output or left out in it.
+void TestFFTReal::writesOnlyTheOutput()
+{
+    QFETCH(const int, bits);
+    const qsizetype length = qsizetype(1) << bits;
+    const qsizetype margin = 16;
+    const double untouched = 4711.5;
+    const Values noiseAround = noise(length + 2 * margin, 4);
+    Values input = noiseAround;
+    Values output(length + 2 * margin, untouched);
+    FFTReal<double>(length).do_fft(output.data() + margin, input.data() + margin);
+    QVERIFY(input == noiseAround);
+    QVERIFY(output.first(margin) == Values(margin, untouched));
+    QVERIFY(output.last(margin) == Values(margin, untouched));
+    QCOMPARE(output.count(untouched), 2 * margin);
+}
+
+// Catches a result that depends on what an earlier transform left in the scratch space.
+void TestFFTReal::sameResultAgain()
+{
+    const qsizetype length = 16384;
+    const Values input = noise(length, 5);
+    const FFTReal<double> transform(length);
+    Values first(length);
+    Values other(length);
+    Values again(length);
+    transform.do_fft(first.data(), input.constData());
+    transform.do_fft(other.data(), noise(length, 6).constData());
+    transform.do_fft(again.data(), input.constData());
+    QVERIFY(first != other);
+    QVERIFY(first == again);
+}
+
+// Catches a buffer or table made at every transform. The constructor shows that the count works.
+void TestFFTReal::allocatesNothing()
+{
+    QFETCH(const int, bits);
+    const qsizetype length = qsizetype(1) << bits;
+    const Values input = noise(length, 7);
+    Values output(length);
+    double *const f = output.data();
+    const int before = allocations;
+    const FFTReal<double> transform(length);
+    const int constructed = allocations;
+    transform.do_fft(f, input.constData());
+    const int done = allocations;
+    QVERIFY(constructed > before);
+    QCOMPARE(done, constructed);
+}
+
+// Catches tables of another size, order or content.
+void TestFFTReal::tables()
+{
+    QFETCH(const int, bits);
+    const qsizetype length = qsizetype(1) << bits;
+    const OpenTransform transform(length);
+    QCOMPARE(transform._length, length);
+    QCOMPARE(transform._nbr_bits, bits);
+    QCOMPARE(transform._scratch.size(), length);
+
+    QCOMPARE(transform._bit_rev_table.size(), bits >= 2 ? length / 4 : 0);
+    for (qsizetype i = 0; i < transform._bit_rev_table.size(); ++i) {
+        qsizetype reversed = 0;
+        for (int bit = 0; bit < bits; ++bit)
+            reversed |= (4 * i >> bit & 1) << (bits - 1 - bit);
+        QCOMPARE(transform._bit_rev_table[i], reversed);
+    }
+
+    QCOMPARE(transform._cos_table.size(), bits > 3 ? length / 2 - 4 : 0);
+    qsizetype pos = 0;
+    for (int pass = 3; pass < bits; ++pass) {
+        for (qsizetype i = 0; i < qsizetype(1) << (pass - 1); ++i) {
+            const Exact angle =
+                std::ldexp(static_cast<Exact>(i) * std::numbers::pi_v<Exact>, -pass);
+            QVERIFY(std::abs(transform._cos_table[pos++] - std::cos(angle)) < 3e-16L);
+        }
+    }
+    QCOMPARE(pos, transform._cos_table.size());
+
+    QCOMPARE(transform._oscillators.size(), std::max(bits - 12, 0));
+    for (int j = 0; j < transform._oscillators.size(); ++j) {
+        Oscillator<double> oscillator = transform._oscillators[j];
+        QCOMPARE(oscillator.cos(), 1.0);
+        QCOMPARE(oscillator.sin(), 0.0);
+        oscillator.step();
+        const double angle = std::ldexp(std::numbers::pi / 2, -12 - j);
+        QCOMPARE(oscillator.cos(), std::cos(angle));
+        QCOMPARE(oscillator.sin(), std::sin(angle));
+    }
+}
+
+// Catches a turn in the other direction, a drift beyond rounding and a reset that keeps an angle.
+void TestFFTReal::oscillator()
+{
+    const int steps = 4096;
+    const double angle = std::numbers::pi / 2 / steps;
+    Oscillator<double> oscillator;
+    oscillator.set_step(angle);
+    for (int round = 0; round < 2; ++round) {
+        QCOMPARE(oscillator.cos(), 1.0);
+        QCOMPARE(oscillator.sin(), 0.0);
+        for (int i = 1; i <= steps; ++i) {
+            oscillator.step();
+            QVERIFY(std::abs(oscillator.cos() - std::cos(i * angle)) < 1e-12);
+            QVERIFY(std::abs(oscillator.sin() - std::sin(i * angle)) < 1e-12);
+        }
+        oscillator.reset();
+    }
+}
+
+// Catches a size that lags behind the elements, and elements that two arrays share.
+void TestFFTReal::dynArray()
+{
+    DynArray<int> array;
+    QCOMPARE(array.size(), 0);
+    array.resize(3);
+    QCOMPARE(array.size(), 3);
+    for (int i = 0; i < 3; ++i)
+        array[i] = 10 * i;
+    const DynArray<int> &constant = array;
+    QCOMPARE(constant[0], 0);
+    QCOMPARE(constant[1], 10);
+    QCOMPARE(constant[2], 20);
+    QCOMPARE(&constant[2] - &constant[0], 2);
+    array.resize(0);
+    QCOMPARE(array.size(), 0);
+    array.resize(5);
+    QCOMPARE(array.size(), 5);
+    array[4] = 1;
+
+    DynArray<int> sized(4);
+    QCOMPARE(sized.size(), 4);
+    sized[3] = 7;
+    QVERIFY(&sized[0] != &array[0]);
+}
+
+QTEST_APPLESS_MAIN(TestFFTReal)
+#include "tst_fftreal.moc"
