@@ -42,10 +42,12 @@ void MainWindow::displayWav()
 {
     updateNPointsToPlot();
     wavePoints = plotPoints(timeAxis, soundWave, data.nPointsToPlot);
-    waveformChart.series->replace(wavePoints);
-    waveformChart.horizontalAxis->setRange(0, data.nPointsToPlot / data.fs * 1000);
     waveRange = valueRange(soundWave);
+    // A chart lays its line out anew at every change of a range: without points that takes no time.
+    waveformChart.series->clear();
+    waveformChart.horizontalAxis->setRange(0, data.nPointsToPlot / data.fs * 1000);
     waveformChart.verticalAxis->setRange(waveRange.at(0), waveRange.at(1));
+    waveformChart.series->replace(wavePoints);
 }
 
 void MainWindow::genFFT()
