@@ -43,6 +43,7 @@ public:
     using MainWindow::trialIndex;
 
     using MainWindow::amplitudes;
+    using MainWindow::chartFonts;
     using MainWindow::fftDuration;
     using MainWindow::fftWindowType;
     using MainWindow::freqResolution;
