@@ -1,7 +1,7 @@
 #pragma once
 
 #include "audio/CWav.h"
-#include "audio/SinkEnding.h"
+#include "audio/StreamProgress.h"
 #include "audio/TokenSound.h"
 #include "data/Data.h"
 #include "plots/LineChart.h"
@@ -222,7 +222,7 @@ protected:
     QByteArray *audioData = nullptr;
     QBuffer *audioBuffer = nullptr;
     QAudioSink *audioSink = nullptr;
-    BufferDrain drain; ///< of the sink, once it is idle
+    StreamProgress streamProgress;
 
     bool centerFlag = true;
     double widthFraction = 0.8;
@@ -235,7 +235,7 @@ private:
     void beginPreparation(int sesTypeIndex);
     void prepareNextPresentation();
     void takeAnswer(Category answer);
-    void awaitSoundEnd();
+    void followStream();
     void endSound();
     void releaseAudioOutput();
     /// Writes one result file by @p write; what goes wrong is shown in a warning box.

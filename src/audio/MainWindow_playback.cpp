@@ -88,15 +88,22 @@ void MainWindow::playOneSound()
         return;
 
     releaseAudioOutput(); // the sound of a session that was broken off may still be there
-    const double silence = sinkEnding(QLibraryInfo::version()).trailingSilence;
-    const auto silentSamples = static_cast<qsizetype>(silence * audioOutputFormat.sampleRate());
-    audioData = new QByteArray(playbackBytes(soundWave, silentSamples));
+    const SinkEnding ending = sinkEnding(QLibraryInfo::version());
+    const qint64 before =
+        ending.idleBeforePlayed ? streamProgress.leadingSilence(soundWave.size()) : 0;
+    const auto behind =
+        static_cast<qint64>(ending.trailingSilence * audioOutputFormat.sampleRate());
+    audioData = new QByteArray(playbackBytes(before, soundWave, behind));
     audioBuffer = new QBuffer(audioData);
     audioBuffer->open(QIODevice::ReadOnly);
     audioSink = new QAudioSink(QMediaDevices::defaultAudioOutput(), audioOutputFormat, this);
     connect(audioSink, SIGNAL(stateChanged(QAudio::State)), this,
             SLOT(handleAudioStateChanged(QAudio::State)));
     audioSink->start(audioBuffer);
+    if (ending.idleBeforePlayed) {
+        streamProgress.start(before + soundWave.size());
+        followStream();
+    }
 
     ++playCount;
     emit soundPlaying(playCount);
@@ -109,37 +116,30 @@ void MainWindow::handleAudioStateChanged(QAudio::State audioState)
     if (audioState == QAudio::StoppedState && audioSink->error() != QAudio::NoError)
         qWarning() << "Audio stopped unexpectedly";
     // Idle with samples unread is an underrun, from which the output recovers: not the sound's end.
-    if (audioState != QAudio::IdleState || !audioBuffer->atEnd())
-        return;
-
-    if (sinkEnding(QLibraryInfo::version()).idleBeforePlayed) {
-        drain =
-            BufferDrain(audioSink->bufferSize(),
-                        audioData->size() - soundWave.size() * audioOutputFormat.bytesPerFrame());
-        awaitSoundEnd();
-    } else {
+    if (audioState == QAudio::IdleState && audioBuffer->atEnd() &&
+        !sinkEnding(QLibraryInfo::version()).idleBeforePlayed)
         endSound();
-    }
 }
 
-/// Leaves the idle sink alone until the token has been heard whole, and then ends the sound.
-void MainWindow::awaitSoundEnd()
+/// Looks every millisecond how much of the stream has been taken, and ends the sound when the token
+/// has been heard whole. A stream that stops by itself is not followed any further.
+void MainWindow::followStream()
 {
     using namespace std::chrono_literals;
-    const std::optional<qint64> unheard = drain.unheard(audioSink->bytesFree());
-    const auto rest = unheard ? std::chrono::microseconds(audioOutputFormat.durationForBytes(
+    if (audioSink->state() == QAudio::StoppedState)
+        return;
+    const qint64 buffered = audioSink->bufferSize() - audioSink->bytesFree();
+    const std::optional<qint64> unheard =
+        streamProgress.unheard((audioBuffer->pos() - buffered) / audioOutputFormat.bytesPerFrame());
+    const auto wait = unheard ? std::chrono::microseconds(audioOutputFormat.durationForFrames(
                                     static_cast<qint32>(*unheard)))
                               : 1ms;
-    // Idle can be reported more than once, and events are processed while a sink is deleted: only
-    // the first to come finds the sink it waited for.
-    QTimer::singleShot(std::chrono::round<std::chrono::milliseconds>(rest), Qt::PreciseTimer,
-                       audioSink, [this, sink = audioSink, heard = unheard.has_value()] {
-                           if (audioSink != sink || sink->state() != QAudio::IdleState)
-                               return;
-                           if (heard)
-                               endSound();
-                           else
-                               awaitSoundEnd();
+    const auto next = unheard ? &MainWindow::endSound : &MainWindow::followStream;
+    // Events are processed while a sink is deleted: what waits for it must not meet another one.
+    QTimer::singleShot(std::chrono::round<std::chrono::milliseconds>(wait), Qt::PreciseTimer,
+                       audioSink, [this, sink = audioSink, next] {
+                           if (audioSink == sink)
+                               (this->*next)();
                        });
 }
 

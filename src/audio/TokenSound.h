@@ -22,6 +22,6 @@ std::optional<TokenSize> tokenSize(const CWav &wav);
 /// than two channels nothing is copied and the list keeps what it held.
 void takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave);
 
-/// @p soundWave as 32-bit floats in native byte order, unscaled and unclipped, followed by
-/// @p silentSamples zeros.
-QByteArray playbackBytes(const QList<double> &soundWave, qsizetype silentSamples);
+/// @p soundWave as 32-bit floats in native byte order, unscaled and unclipped, with @p before zeros
+/// before it and @p behind zeros behind it.
+QByteArray playbackBytes(qsizetype before, const QList<double> &soundWave, qsizetype behind);

@@ -26,7 +26,7 @@ QList<double> noise(int nSamples, quint32 seed)
 
 QByteArray floatBytes(const QList<double> &samples)
 {
-    return playbackBytes(samples, 0);
+    return playbackBytes(0, samples, 0);
 }
 
 /// Tells how a token that is not in @p heard as a whole was lost.

@@ -140,25 +140,31 @@ void TestTokenSound::moreThanTwoChannelsKeepTheSound()
 
 void TestTokenSound::bytes_data()
 {
+    QTest::addColumn<int>("before");
     QTest::addColumn<QList<double>>("soundWave");
-    QTest::addColumn<int>("silentSamples");
+    QTest::addColumn<int>("behind");
     QTest::addColumn<QList<float>>("expected");
 
     using Played = QList<float>;
-    QTest::newRow("as it is") << QList<double>{0.5, -0.25, 1.0} << 0 << Played{0.5F, -0.25F, 1.0F};
-    QTest::newRow("not clipped") << QList<double>{1.5, -2.0} << 0 << Played{1.5F, -2.0F};
-    QTest::newRow("rounded to float") << QList<double>{0.1} << 0 << Played{0.1F};
-    QTest::newRow("silence behind") << QList<double>{0.5} << 3 << Played{0.5F, 0.0F, 0.0F, 0.0F};
-    QTest::newRow("only silence") << QList<double>{} << 2 << Played{0.0F, 0.0F};
-    QTest::newRow("nothing") << QList<double>{} << 0 << Played{};
+    QTest::newRow("as it is") << 0 << QList<double>{0.5, -0.25, 1.0} << 0
+                              << Played{0.5F, -0.25F, 1.0F};
+    QTest::newRow("not clipped") << 0 << QList<double>{1.5, -2.0} << 0 << Played{1.5F, -2.0F};
+    QTest::newRow("rounded to float") << 0 << QList<double>{0.1} << 0 << Played{0.1F};
+    QTest::newRow("silence behind")
+        << 0 << QList<double>{0.5} << 3 << Played{0.5F, 0.0F, 0.0F, 0.0F};
+    QTest::newRow("silence before")
+        << 2 << QList<double>{0.5} << 1 << Played{0.0F, 0.0F, 0.5F, 0.0F};
+    QTest::newRow("only silence") << 1 << QList<double>{} << 1 << Played{0.0F, 0.0F};
+    QTest::newRow("nothing") << 0 << QList<double>{} << 0 << Played{};
 }
 
-// Catches another sample format, a scale, a limit, and silence before the token or of other length.
+// Catches another sample format, a scale, a limit, and silence of another length.
 void TestTokenSound::bytes()
 {
+    QFETCH(const int, before);
     QFETCH(const QList<double>, soundWave);
-    QFETCH(const int, silentSamples);
-    const QByteArray bytes = playbackBytes(soundWave, silentSamples);
+    QFETCH(const int, behind);
+    const QByteArray bytes = playbackBytes(before, soundWave, behind);
     QCOMPARE(bytes.size() % qsizetype{sizeof(float)}, 0);
     QList<float> played(bytes.size() / qsizetype{sizeof(float)});
     if (!bytes.isEmpty())

@@ -1,0 +1,148 @@
+#include "audio/StreamProgress.h"
+
+#include <QList>
+#include <QTest>
+
+namespace {
+
+using Unheard = std::optional<qint64>;
+
+constexpr qint64 ordinaryPeriod = 576; // 12 ms
+
+/// What is told as a server takes a stream in blocks of @p block samples, looked at twice in each,
+/// until the token that ends at @p tokenEnd has been taken.
+Unheard follow(StreamProgress &progress, qint64 block, qint64 tokenEnd)
+{
+    progress.start(tokenEnd);
+    for (qint64 taken = 0;; taken += block) {
+        const Unheard unheard = progress.unheard(taken);
+        if (unheard != progress.unheard(taken))
+            return -1; // looking again must change nothing
+        if (unheard || taken > tokenEnd)
+            return unheard;
+    }
+}
+
+} // namespace
+
+class TestStreamProgress : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void leadingSilence_data();
+    void leadingSilence();
+    void nothingBeforeAllIsTaken();
+    void period_data();
+    void period();
+    void learntBlock_data();
+    void learntBlock();
+    void missedLook();
+    void endBeforeTheFirstLook();
+    void nextStream();
+};
+
+void TestStreamProgress::leadingSilence_data()
+{
+    QTest::addColumn<qint64>("nSamples");
+    QTest::addColumn<qint64>("silence");
+
+    QTest::newRow("20 ms") << qint64{960} << qint64{64};
+    QTest::newRow("250 ms") << qint64{12000} << qint64{288};
+    QTest::newRow("whole blocks") << qint64{2048} << qint64{0};
+    QTest::newRow("one sample more") << qint64{2049} << qint64{1023};
+    QTest::newRow("one sample") << qint64{1} << qint64{1023};
+    QTest::newRow("nothing") << qint64{0} << qint64{0};
+}
+
+// Before a server has been seen it is taken for the ordinary one.
+void TestStreamProgress::leadingSilence()
+{
+    QFETCH(const qint64, nSamples);
+    QTEST(StreamProgress().leadingSilence(nSamples), "silence");
+}
+
+// Catches a token ended while the buffer still holds some of it.
+void TestStreamProgress::nothingBeforeAllIsTaken()
+{
+    StreamProgress progress;
+    progress.start(3072);
+    for (const qint64 taken : {0, 0, 1024, 1024, 2048, 3071})
+        QCOMPARE(progress.unheard(taken), std::nullopt);
+    QVERIFY(progress.unheard(3072).has_value());
+}
+
+void TestStreamProgress::period_data()
+{
+    QTest::addColumn<qint64>("block");
+    QTest::addColumn<qint64>("tokenEnd");
+    QTest::addColumn<qint64>("unheard");
+
+    QTest::newRow("ordinary block") << qint64{1024} << qint64{12288} << ordinaryPeriod;
+    QTest::newRow("shorter block") << qint64{960} << qint64{12480} << ordinaryPeriod;
+    QTest::newRow("token ends within the block")
+        << qint64{1024} << qint64{12188} << ordinaryPeriod - 100;
+    QTest::newRow("token ends early in the block") << qint64{1024} << qint64{11265} << qint64{0};
+    QTest::newRow("long block is the period") << qint64{2048} << qint64{12288} << qint64{2048};
+    QTest::newRow("token ends within a long block")
+        << qint64{2048} << qint64{11264} << qint64{1024};
+}
+
+void TestStreamProgress::period()
+{
+    QFETCH(const qint64, block);
+    QFETCH(const qint64, tokenEnd);
+    QFETCH(const qint64, unheard);
+    StreamProgress progress;
+    QCOMPARE(follow(progress, block, tokenEnd), Unheard(unheard));
+}
+
+void TestStreamProgress::learntBlock_data()
+{
+    QTest::addColumn<qint64>("block");
+    QTest::addColumn<qint64>("silence");
+
+    QTest::newRow("960") << qint64{960} << qint64{480};
+    QTest::newRow("1024") << qint64{1024} << qint64{288};
+    // A long block tells the period: the token may end anywhere in it.
+    QTest::newRow("2048") << qint64{2048} << qint64{288};
+}
+
+// The next token ends with a block of the server that took the last.
+void TestStreamProgress::learntBlock()
+{
+    QFETCH(const qint64, block);
+    StreamProgress progress;
+    QVERIFY(follow(progress, block, 12000));
+    QTEST(progress.leadingSilence(12000), "silence");
+}
+
+// Catches two blocks taken for one long one when the program was held up between two looks.
+void TestStreamProgress::missedLook()
+{
+    StreamProgress progress;
+    progress.start(4096);
+    QCOMPARE(progress.unheard(2048), std::nullopt);
+    QCOMPARE(progress.unheard(3072), std::nullopt);
+    QCOMPARE(progress.unheard(4096), Unheard(ordinaryPeriod));
+}
+
+void TestStreamProgress::endBeforeTheFirstLook()
+{
+    StreamProgress progress;
+    progress.start(100);
+    QCOMPARE(progress.unheard(0), std::nullopt);
+    QCOMPARE(progress.unheard(1024), Unheard(0));
+}
+
+// Catches what one stream leaves behind in the next.
+void TestStreamProgress::nextStream()
+{
+    StreamProgress progress;
+    QCOMPARE(follow(progress, 2048, 4096), Unheard(2048));
+    QCOMPARE(follow(progress, 1024, 4096), Unheard(ordinaryPeriod));
+    QCOMPARE(follow(progress, 2048, 4096), Unheard(2048));
+}
+
+QTEST_APPLESS_MAIN(TestStreamProgress)
+#include "tst_streamprogress.moc"
