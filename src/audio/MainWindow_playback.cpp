@@ -117,8 +117,10 @@ void MainWindow::handleAudioStateChanged(QAudio::State audioState)
         qWarning() << "Audio stopped unexpectedly";
     // Idle with samples unread is an underrun, from which the output recovers: not the sound's end.
     if (audioState == QAudio::IdleState && audioBuffer->atEnd() &&
-        !sinkEnding(QLibraryInfo::version()).idleBeforePlayed)
+        !sinkEnding(QLibraryInfo::version()).idleBeforePlayed) {
+        releaseAudioOutput();
         endSound();
+    }
 }
 
 /// Looks every millisecond how much of the stream has been taken, and ends the sound when the token
@@ -130,32 +132,38 @@ void MainWindow::followStream()
         return;
     const qint64 buffered = audioSink->bufferSize() - audioSink->bytesFree();
     const std::optional<qint64> unheard =
-        streamProgress.unheard((audioBuffer->pos() - buffered) / audioOutputFormat.bytesPerFrame());
+        streamProgress.unheard((audioBuffer->pos() - buffered) / audioOutputFormat.bytesPerFrame(),
+                               audioOutputFormat.framesForDuration(audioSink->processedUSecs()));
     const auto wait = unheard ? std::chrono::microseconds(audioOutputFormat.durationForFrames(
                                     static_cast<qint32>(*unheard)))
                               : 1ms;
-    const auto next = unheard ? &MainWindow::endSound : &MainWindow::followStream;
     // Events are processed while a sink is deleted: what waits for it must not meet another one.
     QTimer::singleShot(std::chrono::round<std::chrono::milliseconds>(wait), Qt::PreciseTimer,
-                       audioSink, [this, sink = audioSink, next] {
-                           if (audioSink == sink)
-                               (this->*next)();
+                       audioSink, [this, sink = audioSink, heard = unheard.has_value()] {
+                           if (audioSink != sink)
+                               return;
+                           if (!heard) {
+                               followStream();
+                               return;
+                           }
+                           // Releasing the output takes some 10 ms: the clock must not wait.
+                           endSound();
+                           releaseAudioOutput();
                        });
 }
 
-/// The token has been heard: the output is released and, after the last play, the reaction clock
-/// runs and the subject may answer.
+/// The token has been heard: after the last play the reaction clock runs and the subject may
+/// answer.
 void MainWindow::endSound()
 {
-    releaseAudioOutput();
-    if (playCount == maxPlayCount) {
-        if (reactionTimerStarts == 0)
-            reactionTimer->start();
-        else
-            reactionTimer->restart();
-        ++reactionTimerStarts;
-        emit soundPlaying(-1);
-    }
+    if (playCount != maxPlayCount)
+        return;
+    if (reactionTimerStarts == 0)
+        reactionTimer->start();
+    else
+        reactionTimer->restart();
+    ++reactionTimerStarts;
+    emit soundPlaying(-1);
 }
 
 /// Stops and deletes what plays, if anything does. The members are cleared first: deleting a sink

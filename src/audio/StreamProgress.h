@@ -9,7 +9,8 @@
 ///
 /// The server asks for samples block by block, and how much it has taken is known exactly only when
 /// it has just asked. A token is therefore preceded by as much silence as makes it end with a
-/// block. What has been taken is then heard one period of the server later.
+/// block. What has been taken is heard one period of the server later; where a sound card adds more
+/// to that, the server's own account of what has been played knows it.
 class StreamProgress
 {
 public:
@@ -19,14 +20,14 @@ public:
     /// A stream starts whose token ends at the position @p tokenEnd.
     void start(qint64 tokenEnd);
 
-    /// Takes how much of the stream the server has @p taken by now; to be called about every
-    /// millisecond. Returns how much of the token has still to be heard once the server has taken
-    /// all of it, nothing as long as it has not.
-    std::optional<qint64> unheard(qint64 taken);
+    /// Takes how much of the stream the server has @p taken by now, and how much it says to have
+    /// @p played; to be called about every millisecond. Returns how long the token has still to be
+    /// heard once the server has taken all of it, nothing as long as it has not.
+    std::optional<qint64> unheard(qint64 taken, qint64 played);
 
 private:
-    qint64 m_block = 1024; ///< the smallest seen in a stream; at first that of PipeWire
-    bool m_blockSeen = false;
+    qint64 m_block = 1024;  ///< what the server asks for at a time; at first PipeWire's
+    qint64 m_leastOnce = 0; ///< the least it has taken at once of this stream
     qint64 m_taken = 0;
     qint64 m_tokenEnd = 0;
 };

@@ -23,12 +23,14 @@ public:
     using MainWindow::genWav;
     using MainWindow::getParameters;
     using MainWindow::initDataEntries;
+    using MainWindow::playWav;
     using MainWindow::updateStatusString;
     using MainWindow::updateTrend;
     using MainWindow::writeDataToTxt;
 
     using MainWindow::audioBuffer;
     using MainWindow::audioData;
+    using MainWindow::audioOutputFormat;
     using MainWindow::audioSink;
     using MainWindow::currentToken;
     using MainWindow::data;

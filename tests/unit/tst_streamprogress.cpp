@@ -15,8 +15,8 @@ Unheard follow(StreamProgress &progress, qint64 block, qint64 tokenEnd)
 {
     progress.start(tokenEnd);
     for (qint64 taken = 0;; taken += block) {
-        const Unheard unheard = progress.unheard(taken);
-        if (unheard != progress.unheard(taken))
+        const Unheard unheard = progress.unheard(taken, taken);
+        if (unheard != progress.unheard(taken, taken))
             return -1; // looking again must change nothing
         if (unheard || taken > tokenEnd)
             return unheard;
@@ -37,9 +37,11 @@ private slots:
     void period();
     void learntBlock_data();
     void learntBlock();
+    void firstBlocksAreSmaller();
     void missedLook();
     void endBeforeTheFirstLook();
     void nextStream();
+    void serverPlaysLater();
 };
 
 void TestStreamProgress::leadingSilence_data()
@@ -68,8 +70,8 @@ void TestStreamProgress::nothingBeforeAllIsTaken()
     StreamProgress progress;
     progress.start(3072);
     for (const qint64 taken : {0, 0, 1024, 1024, 2048, 3071})
-        QCOMPARE(progress.unheard(taken), std::nullopt);
-    QVERIFY(progress.unheard(3072).has_value());
+        QCOMPARE(progress.unheard(taken, taken), std::nullopt);
+    QVERIFY(progress.unheard(3072, 3072).has_value());
 }
 
 void TestStreamProgress::period_data()
@@ -117,22 +119,41 @@ void TestStreamProgress::learntBlock()
     QTEST(progress.leadingSilence(12000), "silence");
 }
 
+// Catches the small blocks at the beginning of a stream taken for those of the whole of it.
+void TestStreamProgress::firstBlocksAreSmaller()
+{
+    StreamProgress progress;
+    progress.start(12288);
+    QCOMPARE(progress.unheard(256, 256), std::nullopt);
+    QCOMPARE(progress.unheard(768, 768), std::nullopt);
+    for (qint64 taken = 1024; taken < 12288; taken += 1024)
+        QCOMPARE(progress.unheard(taken, taken), std::nullopt);
+    QCOMPARE(progress.unheard(12288, 12288), Unheard(ordinaryPeriod));
+    QCOMPARE(progress.leadingSilence(12000), 288);
+
+    // A stream of nothing else teaches nothing.
+    progress.start(1024);
+    QCOMPARE(progress.unheard(512, 512), std::nullopt);
+    QCOMPARE(progress.unheard(1024, 1024), Unheard(ordinaryPeriod));
+    QCOMPARE(progress.leadingSilence(12000), 288);
+}
+
 // Catches two blocks taken for one long one when the program was held up between two looks.
 void TestStreamProgress::missedLook()
 {
     StreamProgress progress;
     progress.start(4096);
-    QCOMPARE(progress.unheard(2048), std::nullopt);
-    QCOMPARE(progress.unheard(3072), std::nullopt);
-    QCOMPARE(progress.unheard(4096), Unheard(ordinaryPeriod));
+    QCOMPARE(progress.unheard(2048, 2048), std::nullopt);
+    QCOMPARE(progress.unheard(3072, 3072), std::nullopt);
+    QCOMPARE(progress.unheard(4096, 4096), Unheard(ordinaryPeriod));
 }
 
 void TestStreamProgress::endBeforeTheFirstLook()
 {
     StreamProgress progress;
     progress.start(100);
-    QCOMPARE(progress.unheard(0), std::nullopt);
-    QCOMPARE(progress.unheard(1024), Unheard(0));
+    QCOMPARE(progress.unheard(0, 0), std::nullopt);
+    QCOMPARE(progress.unheard(1024, 1024), Unheard(0));
 }
 
 // Catches what one stream leaves behind in the next.
@@ -142,6 +163,17 @@ void TestStreamProgress::nextStream()
     QCOMPARE(follow(progress, 2048, 4096), Unheard(2048));
     QCOMPARE(follow(progress, 1024, 4096), Unheard(ordinaryPeriod));
     QCOMPARE(follow(progress, 2048, 4096), Unheard(2048));
+}
+
+// Catches a sound card's own delay being cut off the token's end.
+void TestStreamProgress::serverPlaysLater()
+{
+    StreamProgress progress;
+    progress.start(4096);
+    QCOMPARE(progress.unheard(3072, 0), std::nullopt);
+    QCOMPARE(progress.unheard(4096, 1024), Unheard(3072));
+    QCOMPARE(progress.unheard(4096, 4000), Unheard(ordinaryPeriod));
+    QCOMPARE(progress.unheard(4096, 5000), Unheard(ordinaryPeriod));
 }
 
 QTEST_APPLESS_MAIN(TestStreamProgress)
