@@ -3,21 +3,27 @@
 # a display and a sound server. Nothing of the caller's desktop is seen, heard or changed, several
 # of these may run side by side, and everything started here is stopped at the end.
 #
-#   private-session.sh [--audio] [--display] COMMAND [ARGUMENT...]
+#   private-session.sh [--audio] [--period SAMPLES] [--pulseaudio] [--display] COMMAND [ARGUMENT...]
 #
-#   --display   an Xvfb screen of 1440 x 900 with the openbox window manager
-#   --audio     PipeWire with the virtual output "out" (48 kHz, mono) as the default; what is played
-#               can be recorded from "out.monitor"
+#   --display         an Xvfb screen of 1440 x 900 with the openbox window manager
+#   --audio           PipeWire with the virtual output "out" (48 kHz, mono) as the default; what is
+#                     played can be recorded from "out.monitor"
+#   --period SAMPLES  PipeWire's period, 2048 if nothing else is said
+#   --pulseaudio      PulseAudio in the place of PipeWire
 #
 # The exit code is COMMAND's; 125 when the environment itself could not be set up.
 set -euo pipefail
 
 want_audio=0
 want_display=0
+audio_server=pipewire
+period=2048
 while [ $# -gt 0 ]; do
     case $1 in
         --audio) want_audio=1 ;;
         --display) want_display=1 ;;
+        --period) period=${2:?--period needs a number of samples}; shift ;;
+        --pulseaudio) audio_server=pulseaudio ;;
         --) shift; break ;;
         -*) echo "private-session: unknown option $1" >&2; exit 125 ;;
         *) break ;;
@@ -25,7 +31,7 @@ while [ $# -gt 0 ]; do
     shift
 done
 if [ $# -eq 0 ]; then
-    echo "usage: private-session.sh [--audio] [--display] COMMAND [ARGUMENT...]" >&2
+    echo "usage: private-session.sh [--audio] [--period SAMPLES] [--pulseaudio] [--display] COMMAND [ARGUMENT...]" >&2
     exit 125
 fi
 
@@ -155,7 +161,7 @@ if [ "$want_display" -eq 1 ]; then
     await openbox window_manager_answers
 fi
 
-if [ "$want_audio" -eq 1 ]; then
+start_pipewire() {
     # The sound cards of this machine stay with whoever uses them now.
     for monitor in main:alsa main:v4l2 main:libcamera bluetooth:bluez; do
         folder=$XDG_CONFIG_HOME/wireplumber/${monitor%%:*}.lua.d
@@ -163,22 +169,32 @@ if [ "$want_audio" -eq 1 ]; then
         echo "if ${monitor##*:}_monitor then ${monitor##*:}_monitor.enabled = false end" \
             >"$folder/60-no-${monitor##*:}.lua"
     done
-    # No real-time priority is to be had here, so a short period would tear holes into the sound as soon
-    # as something else runs. A recorder that asks for a small latency must not bring one about.
+    # A short period tears holes into the sound as soon as something else runs. A recorder that asks
+    # for a small latency must not bring one about.
     mkdir -p "$XDG_CONFIG_HOME/pipewire/pipewire.conf.d"
-    echo 'context.properties = { default.clock.quantum = 2048, default.clock.min-quantum = 2048 }' \
-        >"$XDG_CONFIG_HOME/pipewire/pipewire.conf.d/60-period.conf"
+    echo "context.properties = { default.clock.quantum = $period, default.clock.min-quantum = $period," \
+        "default.clock.max-quantum = $period }" >"$XDG_CONFIG_HOME/pipewire/pipewire.conf.d/60-period.conf"
     start pipewire pipewire
     await pipewire test -S "$XDG_RUNTIME_DIR/pipewire-0"
     start wireplumber wireplumber
     start pipewire-pulse pipewire-pulse
+}
+
+if [ "$want_audio" -eq 1 ]; then
     export PULSE_SERVER=unix:$XDG_RUNTIME_DIR/pulse/native
-    await pipewire-pulse pactl info
+    if [ "$audio_server" = pipewire ]; then
+        start_pipewire
+        await pipewire-pulse pactl info
+    else
+        start pulseaudio pulseaudio -n --daemonize=no --exit-idle-time=-1 \
+            --load="module-native-protocol-unix socket=$XDG_RUNTIME_DIR/pulse/native"
+        await pulseaudio pactl info
+    fi
     pactl load-module module-null-sink sink_name=out rate=48000 channels=1 channel_map=mono \
         >"$logs/null-sink" 2>&1 || fail null-sink
     # Which output is the default is decided by wireplumber, which may still be starting.
     pactl set-default-sink out >>"$logs/null-sink" 2>&1 || true
-    await wireplumber default_sink_is_out
+    await "${audio_server/pipewire/wireplumber}" default_sink_is_out
 fi
 
 # A session of its own for the command, so that all it starts can be ended through its process group.

@@ -1,0 +1,478 @@
+// When a token is heard, and when the reaction clock starts, against a recording of what the sound
+// server plays. To be run by audio_timing.sh, which gives it a server of its own.
+//
+//   audio_timing [number of plays, 50]
+//
+// Prints a Markdown table. All times are those of the monotonic clock, in milliseconds.
+
+#include "gui/ModalAnswer.h"
+#include "gui/OperatorWindow.h"
+#include "subject/SubjectWindow.h"
+#include "unit/WavFile.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QRandomGenerator>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <pulse/simple.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <limits>
+#include <vector>
+
+namespace {
+
+constexpr int rate = 48000;
+
+double nowMs()
+{
+    return std::chrono::duration<double, std::milli>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+/// Runs the event loop as the program does, for @p ms or until @p done holds; tells whether it did.
+/// Qt Test's own waiting sleeps between events, which would delay the program.
+bool waitFor(const std::function<bool()> &done, int ms)
+{
+    QEventLoop loop;
+    QTimer::singleShot(ms, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+        if (done())
+            loop.quit();
+    });
+    poll.start(10);
+    loop.exec();
+    return done();
+}
+
+void wait(int ms)
+{
+    waitFor([] { return false; }, ms);
+}
+
+/// What the recording process writes: 64 samples and when they arrived.
+struct Fragment
+{
+    double arrival;
+    std::array<float, 64> samples;
+};
+
+/// Records the monitor of the output into a file until it is ended. A process of its own, since
+/// nothing of the program under test may delay it.
+int record(const char *path)
+{
+    const pa_sample_spec format = {PA_SAMPLE_FLOAT32LE, rate, 1};
+    constexpr auto unset = std::numeric_limits<std::uint32_t>::max();
+    const pa_buffer_attr buffer = {unset, unset, unset, unset, sizeof(Fragment::samples)};
+    pa_simple *const stream = pa_simple_new(nullptr, "recorder", PA_STREAM_RECORD, "out.monitor",
+                                            "recording", &format, nullptr, &buffer, nullptr);
+    std::FILE *const file = std::fopen(path, "wb");
+    if (stream == nullptr || file == nullptr)
+        return EXIT_FAILURE;
+    Fragment fragment;
+    while (pa_simple_read(stream, fragment.samples.data(), sizeof(fragment.samples), nullptr) ==
+           0) {
+        fragment.arrival = nowMs();
+        std::fwrite(&fragment, sizeof(fragment), 1, file);
+        std::fflush(file);
+    }
+    return EXIT_FAILURE;
+}
+
+/// A recording that runs while it lives.
+class Recording
+{
+public:
+    Recording()
+    {
+        m_process.start(QCoreApplication::applicationFilePath(), {"--record", path()});
+        if (!waitFor([this] { return QFile(path()).size() > 0; }, 10000))
+            qFatal("nothing is recorded");
+    }
+
+    /// Ends the recording and makes it known.
+    void finish()
+    {
+        wait(500); // what has been played must have arrived
+        m_process.kill();
+        m_process.waitForFinished();
+        QFile file(path());
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("the recording cannot be read");
+        m_fragments.resize(static_cast<size_t>(file.size()) / sizeof(Fragment));
+        file.read(reinterpret_cast<char *>(m_fragments.data()),
+                  static_cast<qint64>(m_fragments.size() * sizeof(Fragment)));
+    }
+
+    float sample(size_t position) const
+    {
+        return m_fragments[position / fragmentSize].samples[position % fragmentSize];
+    }
+
+    size_t size() const { return m_fragments.size() * fragmentSize; }
+
+    /// The position of the first sample that arrived after @p time.
+    size_t positionAt(double time) const
+    {
+        const auto fragment =
+            std::lower_bound(m_fragments.begin(), m_fragments.end(), time,
+                             [](const Fragment &f, double t) { return f.arrival < t; });
+        return static_cast<size_t>(fragment - m_fragments.begin()) * fragmentSize;
+    }
+
+    /// When the sample before @p position was over. The samples of one period of the server arrive
+    /// at once, when it is over: faster than they are played. The last of them tells its time.
+    double timeOf(size_t position) const
+    {
+        constexpr double duration = 1000.0 * fragmentSize / rate;
+        size_t last = (position - 1) / fragmentSize;
+        while (last + 1 < m_fragments.size() &&
+               m_fragments[last + 1].arrival - m_fragments[last].arrival < duration / 2)
+            ++last;
+        const size_t after = (last + 1) * fragmentSize - position;
+        return m_fragments[last].arrival - static_cast<double>(after) * 1000 / rate;
+    }
+
+private:
+    static constexpr size_t fragmentSize = std::tuple_size_v<decltype(Fragment::samples)>;
+
+    QString path() const { return m_folder.filePath("recording"); }
+
+    QTemporaryDir m_folder;
+    QProcess m_process;
+    std::vector<Fragment> m_fragments;
+};
+
+/// What was measured of one play.
+struct Play
+{
+    double due = 0;     ///< when the presentation was to begin
+    double started = 0; ///< soundPlaying(1)
+    double ended = 0;   ///< soundPlaying(-1)
+    QList<double> token;
+};
+
+/// Where a play is in the recording.
+struct Heard
+{
+    size_t nSamples = 0; ///< how many of the token's samples were heard, in their order
+    bool whole = false;  ///< without a gap
+    double first = 0;    ///< when the first sample was over
+    double end = 0;      ///< when the last one was over
+};
+
+/// Finds a token of noise without zeros; between the tokens there are only zeros.
+Heard find(const Recording &recording, const Play &play)
+{
+    Heard heard;
+    size_t position = recording.positionAt(play.due);
+    const size_t limit = std::min(recording.size(), recording.positionAt(play.ended + 400));
+    const auto nSamples = static_cast<size_t>(play.token.size());
+    size_t first = 0;
+    size_t last = 0;
+    for (; position < limit && heard.nSamples < nSamples; ++position) {
+        if (recording.sample(position) !=
+            static_cast<float>(play.token.at(static_cast<qsizetype>(heard.nSamples))))
+            continue;
+        if (heard.nSamples == 0)
+            first = position;
+        last = position;
+        ++heard.nSamples;
+    }
+    if (heard.nSamples > 0) {
+        heard.whole = heard.nSamples == nSamples && last - first + 1 == nSamples;
+        heard.first = recording.timeOf(first + 1);
+        heard.end = recording.timeOf(last + 1);
+    }
+    return heard;
+}
+
+/// Mean, standard deviation, smallest and largest value.
+class Statistics
+{
+public:
+    void add(double value) { m_values.push_back(value); }
+
+    QString text() const
+    {
+        if (m_values.empty())
+            return "none";
+        const auto n = static_cast<double>(m_values.size());
+        double mean = 0;
+        for (const double value : m_values)
+            mean += value / n;
+        double variance = 0;
+        for (const double value : m_values)
+            variance += (value - mean) * (value - mean) / (n - 1);
+        const auto [least, most] = std::minmax_element(m_values.begin(), m_values.end());
+        return QString::asprintf("%+.2f, %.2f, %+.2f .. %+.2f", mean, std::sqrt(variance), *least,
+                                 *most);
+    }
+
+private:
+    std::vector<double> m_values;
+};
+
+QList<double> noise(qsizetype nSamples)
+{
+    QList<double> samples(nSamples);
+    for (double &sample : samples)
+        sample = (QRandomGenerator::global()->bounded(1, 16384) - 8192.5) / 16384;
+    return samples;
+}
+
+/// The same as a file of 16-bit samples, which is exactly what is played.
+QByteArray tokenFile(const QList<double> &samples)
+{
+    QByteArray data;
+    for (const double sample : samples)
+        data += WavBytes::little(static_cast<std::uint32_t>(std::lround(sample * 32768)), 2);
+    return WavBytes{.data = data}.bytes();
+}
+
+/// A condition under which tokens are played.
+struct Condition
+{
+    QString name;
+    int nSamples = 0;
+    bool charts = false; ///< load the token from its file, and draw it, before each play
+    bool load = false;   ///< while another process keeps one core busy
+};
+
+class Measurement
+{
+public:
+    explicit Measurement(int nPlays)
+        : m_nPlays(nPlays)
+    {
+    }
+
+    void printHeader() const
+    {
+        std::printf(
+            "| condition | samples heard | whole plays | begin of the sound after it was due "
+            "| clock zero error | soundPlaying after it was due |\n"
+            "|---|---|---|---|---|---|\n");
+    }
+
+    void run(const Condition &condition) const
+    {
+        QProcess burner;
+        if (condition.load)
+            burner.start(QCoreApplication::applicationFilePath(), {"--burn"});
+
+        Recording recording;
+        std::vector<Play> plays;
+        {
+            Presenter presenter(condition);
+            for (int i = 0; i <= m_nPlays; ++i) {
+                const Play play = presenter.present();
+                if (i > 0) // the first one opens the connection to the server
+                    plays.push_back(play);
+            }
+        }
+        recording.finish();
+        burner.kill();
+        burner.waitForFinished();
+
+        print(condition.name, recording, plays);
+    }
+
+private:
+    /// Presents tokens by the program's own playback.
+    class Presenter
+    {
+    public:
+        explicit Presenter(const Condition &condition)
+            : m_condition(condition)
+        {
+            m_window.resize(1152, 810);
+            if (condition.charts)
+                m_window.show();
+            Record record;
+            record.filePath = m_folder.path();
+            record.filename = "token.wav";
+            m_window.data.records = {record};
+            m_window.data.si = 0.25;
+            QObject::connect(&m_window, &MainWindow::soundPlaying, [this](int index) {
+                (index == -1 ? m_play.ended : m_play.started) = nowMs();
+            });
+        }
+
+        Play present()
+        {
+            m_play = Play();
+            m_play.token = noise(m_condition.nSamples);
+            m_window.playCount = 0;
+            m_window.trialIndex = 0;
+            m_window.randomSequence = {0};
+            if (m_condition.charts) {
+                if (!writeFile(m_folder.filePath("token.wav"), tokenFile(m_play.token)))
+                    qFatal("a token cannot be written");
+                m_window.genWav();
+                m_window.displayWav();
+                m_window.genFFT();
+                m_window.displayFFT();
+            } else {
+                m_window.soundWave = m_play.token;
+            }
+            m_window.data.soundDuration = 0; // no longer pause for a longer token
+            m_play.due = nowMs() + m_window.data.si * 1000;
+            m_window.playWav();
+            const int longest = 5000 + m_condition.nSamples / (rate / 1000);
+            if (!waitFor([this] { return m_play.ended != 0; }, longest))
+                qFatal("a sound has not ended");
+            wait(450);
+            return m_play;
+        }
+
+    private:
+        Condition m_condition;
+        QTemporaryDir m_folder;
+        OperatorWindow m_window;
+        Play m_play;
+    };
+
+    static void print(const QString &name, const Recording &recording,
+                      const std::vector<Play> &plays)
+    {
+        size_t sent = 0;
+        size_t received = 0;
+        int whole = 0;
+        Statistics begin;
+        Statistics zero;
+        Statistics timer;
+        for (const Play &play : plays) {
+            const Heard heard = find(recording, play);
+            sent += static_cast<size_t>(play.token.size());
+            received += heard.nSamples;
+            timer.add(play.started - play.due);
+            if (heard.nSamples != static_cast<size_t>(play.token.size()))
+                continue;
+            whole += heard.whole ? 1 : 0;
+            begin.add(heard.first - play.due);
+            zero.add(play.ended - heard.end);
+        }
+        std::printf("| %s | %.2f %% | %d of %zu | %s | %s | %s |\n", qPrintable(name),
+                    100.0 * static_cast<double>(received) / static_cast<double>(sent), whole,
+                    plays.size(), qPrintable(begin.text()), qPrintable(zero.text()),
+                    qPrintable(timer.text()));
+        std::fflush(stdout);
+    }
+
+    int m_nPlays;
+};
+
+/// A whole session with a subject who presses a button some time after each token, by the mouse.
+void measureReactionTimes(int nPresentations)
+{
+    constexpr int nTokens = 5;
+    const int nTimes = (nPresentations + nTokens - 1) / nTokens;
+    const int nTrials = nTimes * nTokens;
+    QTemporaryDir folder;
+    for (int i = 0; i < nTokens; ++i) {
+        if (!writeFile(folder.filePath(QString("MOV001_%1.wav").arg(i)),
+                       tokenFile(noise(9600 + 1234 * i))))
+            qFatal("a token cannot be written");
+    }
+
+    OperatorWindow window;
+    window.show();
+    window.lineEditSi->setText("300.000");
+    window.lineEditNTimes->setText(QString::number(nTimes));
+    window.checkBoxAutoPlay->setChecked(true);
+    window.checkBoxSaveData->setChecked(false);
+    {
+        ModalAnswer answer;
+        answer.choose(folder.path());
+        window.pushButtonPractice->click();
+    }
+    window.pushButtonGo->click();
+
+    std::vector<Play> plays;
+    std::vector<double> presses;
+    Play play;
+    QObject::connect(&window, &MainWindow::soundPlaying,
+                     [&](int index) { (index == -1 ? play.ended : play.started) = nowMs(); });
+
+    Recording recording;
+    QTest::mouseClick(window.subjectWindow->findChild<QPushButton *>("pushButtonIAmReady"),
+                      Qt::LeftButton);
+    auto *const button = window.subjectWindow->findChild<QPushButton *>("pushButtonChoice2");
+    for (int trial = 0; trial < nTrials; ++trial) {
+        play = Play();
+        play.due = nowMs();
+        if (!waitFor([&] { return play.ended != 0; }, 10000))
+            qFatal("a sound has not ended");
+        play.token = window.soundWave;
+        plays.push_back(play);
+        wait(QRandomGenerator::global()->bounded(200, 600));
+        QTest::mousePress(button, Qt::LeftButton);
+        presses.push_back(nowMs());
+        QTest::mouseRelease(button, Qt::LeftButton);
+    }
+    recording.finish();
+
+    Statistics error;
+    for (size_t i = 0; i < plays.size(); ++i) {
+        const Heard heard = find(recording, plays[i]);
+        if (heard.whole)
+            error.add(window.data.entries.at(static_cast<qsizetype>(i)).rt -
+                      (presses[i] - heard.end));
+    }
+    std::printf(
+        "\n%d trials of a session, recorded reaction time minus the true one (mean, SD, min "
+        ".. max): %s\n",
+        nTrials, qPrintable(error.text()));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (argc == 3 && qstrcmp(argv[1], "--record") == 0)
+        return record(argv[2]);
+    if (argc == 2 && qstrcmp(argv[1], "--burn") == 0) {
+        for (volatile unsigned counter = 0;;)
+            counter = counter + 1;
+    }
+
+    QStandardPaths::setTestModeEnabled(true);
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    const int nPlays = argc > 1 ? std::max(std::atoi(argv[1]), 2) : 50;
+
+    const Measurement measurement(nPlays);
+    std::printf("Values are mean, SD, min .. max in ms over %d plays.\n\n", nPlays);
+    measurement.printHeader();
+    measurement.run({"20 ms", 960});
+    measurement.run({"50 ms", 2400});
+    measurement.run({"250 ms", 12000});
+    measurement.run({"251.3 ms", 12062});
+    measurement.run({"1 s", 48000});
+    measurement.run({"5 s", 240000});
+    measurement.run({"250 ms, charts drawn", 12000, true});
+    measurement.run({"1 s, charts drawn", 48000, true});
+    measurement.run({"250 ms, one core busy", 12000, false, true});
+    measurement.run({"1 s, charts drawn, one core busy", 48000, true, true});
+    measureReactionTimes(nPlays);
+    return EXIT_SUCCESS;
+}
