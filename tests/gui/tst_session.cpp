@@ -1,6 +1,5 @@
 #include "gui/GuiTestMain.h"
-#include "gui/ModalAnswer.h"
-#include "gui/OperatorWindow.h"
+#include "gui/SessionTest.h"
 #include "subject/SubjectWindow.h"
 #include "unit/WavFile.h"
 
@@ -18,12 +17,10 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <memory>
 
 namespace {
 
 constexpr int rate = 48000;
-constexpr int longestWait = 8000; // ms that the sound server may take before a test gives up
 
 /// The states of a session of two presentations, with feedback and "Next", in their order.
 const QStringList states = {"waiting", "delay", "playing", "answering", "feedback", "finished"};
@@ -53,14 +50,11 @@ QList<int> firstArguments(const QSignalSpy &spy)
 
 } // namespace
 
-class TestSession : public QObject
+class TestSession : public SessionTest
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-
     void soundIsThere();
     void wholeSession_data();
     void wholeSession();
@@ -86,63 +80,15 @@ private slots:
     void removedToken();
 
 private:
-    QString path(const QString &name) const { return m_folder->filePath(name); }
     bool makeToken(const QString &name, int milliseconds, int level = 8192) const;
-
-    QPushButton *subject(const char *name) const
-    {
-        return m_window->subjectWindow->findChild<QPushButton *>(name);
-    }
-    void click(QPushButton *button) const { QTest::mouseClick(button, Qt::LeftButton); }
-    bool prepare(QPushButton *button, const QString &folder) const;
-    bool awaitAnswering() const;
     bool enter(const QString &state) const;
     bool advance(const QString &from, const QString &to) const;
-    bool closeSubjectWindow(QMessageBox::StandardButton button) const;
-
-    std::unique_ptr<QTemporaryDir> m_folder; ///< holds the folder "tokens"
-    std::unique_ptr<OperatorWindow> m_window;
 };
-
-void TestSession::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid());
-    QVERIFY(QDir().mkpath(path("tokens")));
-    m_window = std::make_unique<OperatorWindow>();
-    m_window->show();
-    m_window->checkBoxSaveData->setChecked(false);
-    m_window->lineEditSi->setText("20.000");
-}
-
-void TestSession::cleanup()
-{
-    m_window.reset();
-    m_folder.reset();
-    const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
-    QVERIFY(QDir(desktop + "/CHD001").removeRecursively());
-}
 
 bool TestSession::makeToken(const QString &name, int milliseconds, int level) const
 {
     return writeFile(path("tokens/" + name),
                      WavBytes{.data = constantSound(milliseconds, level)}.bytes());
-}
-
-/// Presses "Practice" or "Experiment" and chooses @p folder; false when nothing can be started.
-bool TestSession::prepare(QPushButton *button, const QString &folder) const
-{
-    ModalAnswer answers;
-    answers.choose(folder);
-    click(button);
-    return answers.problem().isEmpty() && m_window->pushButtonGo->isEnabled();
-}
-
-/// Waits until the token has ended and an answer can be given.
-bool TestSession::awaitAnswering() const
-{
-    return QTest::qWaitFor([this] { return subject("pushButtonChoice2")->isEnabled(); },
-                           longestWait);
 }
 
 /// Goes into @p state from the one before it.
@@ -178,17 +124,6 @@ bool TestSession::advance(const QString &from, const QString &to) const
         states.mid(states.indexOf(from) + 1, states.indexOf(to) - states.indexOf(from));
     return std::all_of(way.begin(), way.end(),
                        [this](const QString &state) { return enter(state); });
-}
-
-/// Asks the subject window to close and answers its question by @p button; false when anything else
-/// happened.
-bool TestSession::closeSubjectWindow(QMessageBox::StandardButton button) const
-{
-    ModalAnswer answers;
-    answers.press(button);
-    m_window->subjectWindow->close();
-    return answers.problem().isEmpty() &&
-           m_window->subjectWindow->isVisible() == (button != QMessageBox::Yes);
 }
 
 // Catches a run without the sound server that all the others need.
