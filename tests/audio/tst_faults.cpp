@@ -1,0 +1,393 @@
+// What becomes of a session when its sound goes wrong. Each function needs a private session of its
+// own: Qt keeps its connection to the sound server for as long as the program runs.
+
+#include "audio/Recording.h"
+#include "audio/ResidentMemory.h"
+#include "audio/SoundServer.h"
+#include "gui/GuiTestMain.h"
+#include "gui/SessionTest.h"
+#include "subject/SubjectWindow.h"
+#include "unit/WavFile.h"
+
+#include <QAudioDevice>
+#include <QAudioSink>
+#include <QBuffer>
+#include <QCheckBox>
+#include <QDeadlineTimer>
+#include <QMediaDevices>
+#include <QPointer>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSignalSpy>
+
+namespace {
+
+constexpr int rate = 48000;
+const char *const stopWarning = "Audio stopped unexpectedly";
+
+void expectOneWarning()
+{
+    QTest::ignoreMessage(QtWarningMsg, stopWarning);
+    QTest::failOnWarning(QRegularExpression(stopWarning));
+}
+
+} // namespace
+
+class TestFaults : public SessionTest
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void serverDiesWhilePlaying();
+    void serverGoneWhenPlaying();
+    void manyPlaysWithoutServer();
+    void defaultOutputChanges();
+    void outputSuspendedWhilePlaying();
+    void outputSuspendedBefore();
+    void serverStallsWhilePlaying();
+    void unsupportedFormat_data();
+    void unsupportedFormat();
+
+private:
+    bool makeToken(const QString &name, int nSamples, quint32 seed) const;
+    bool getReady(const QString &folder = "tokens") const;
+    bool start() const;
+    bool awaitFed(int nSamples) const;
+    bool awaitFailure() const;
+    bool isLocked() const;
+    bool leave() const;
+    void heardBeforeAnswering(const QByteArray &token);
+    void sessionWorks();
+
+    SoundServer m_server;
+};
+
+// Catches a run without the sound server that all the others need.
+void TestFaults::initTestCase()
+{
+    QVERIFY2(!QMediaDevices::defaultAudioOutput().isNull(),
+             "run this by scripts/private-session.sh --audio");
+}
+
+bool TestFaults::makeToken(const QString &name, int nSamples, quint32 seed) const
+{
+    return writeFile(path("tokens/" + name), wavBytes(noise(nSamples, seed)));
+}
+
+/// Goes as far as the subject's "I am ready".
+bool TestFaults::getReady(const QString &folder) const
+{
+    if (!prepare(m_window->pushButtonPractice, path(folder)))
+        return false;
+    click(m_window->pushButtonGo);
+    return m_window->subjectWindow->isVisible() && !m_window->isEnabled();
+}
+
+/// "I am ready": waits until the token is said to play.
+bool TestFaults::start() const
+{
+    QSignalSpy playing(m_window.get(), &MainWindow::soundPlaying);
+    click(subject("pushButtonIAmReady"));
+    return playing.wait(longestWait) && playing.first().first().toInt() == 1;
+}
+
+/// Waits until the output has been given @p nSamples.
+bool TestFaults::awaitFed(int nSamples) const
+{
+    return QTest::qWaitFor(
+        [&] { return m_window->audioBuffer->pos() > nSamples * qint64{sizeof(float)}; },
+        longestWait);
+}
+
+/// Waits until the output has stopped by itself.
+bool TestFaults::awaitFailure() const
+{
+    return QTest::qWaitFor(
+        [this] {
+            return m_window->audioSink != nullptr &&
+                   m_window->audioSink->state() == QAudio::StoppedState &&
+                   m_window->audioSink->error() != QAudio::NoError;
+        },
+        longestWait);
+}
+
+bool TestFaults::isLocked() const
+{
+    return !subject("pushButtonChoice2")->isEnabled() && !subject("pushButtonChoice4")->isEnabled();
+}
+
+/// Breaks the session off, as whoever sits before the locked window must.
+bool TestFaults::leave() const
+{
+    return closeSubjectWindow(QMessageBox::Yes) && m_window->isEnabled() &&
+           m_window->pushButtonPractice->isEnabled();
+}
+
+/// The end of @p token, which plays, is heard before it can be answered, and the session goes on.
+void TestFaults::heardBeforeAnswering(const QByteArray &token)
+{
+    Recording recording;
+    QVERIFY(recording.isRunning());
+    QVERIFY(isLocked());
+    QVERIFY(awaitAnswering());
+    QVERIFY(recording.bytes().contains(token.last(64)));
+    click(subject("pushButtonChoice2"));
+    QCOMPARE(m_window->data.entries.first().resp, "mother");
+    QVERIFY(leave());
+    sessionWorks();
+}
+
+/// A whole session of one token. The server may still tear a gap into it, but not cut its end off.
+void TestFaults::sessionWorks()
+{
+    const QList<double> token = noise(9600, 99);
+    QVERIFY(QDir().mkpath(path("next")));
+    QVERIFY(writeFile(path("next/MOV001.wav"), wavBytes(token)));
+    Recording recording;
+    QVERIFY(recording.isRunning());
+    QVERIFY(getReady("next"));
+    QVERIFY(start());
+    QVERIFY(awaitAnswering());
+    const QByteArray heard = recording.bytes();
+    QVERIFY2(heard.contains(floatBytes(token)) || hasGap(heard, floatBytes(token)),
+             qPrintable(describeLoss(heard, floatBytes(token))));
+    click(subject("pushButtonChoice2"));
+    QCOMPARE(m_window->data.entries.first().resp, "mother");
+    QVERIFY(subject("pushButtonDone")->isVisible());
+    QVERIFY(leave());
+}
+
+// Catches a crash, an answer to a token of which the end was not heard, a failure without a
+// word, and a program that stays mute when the server is back. Qt looks for the server once again,
+// three seconds after it has lost it.
+void TestFaults::serverDiesWhilePlaying()
+{
+    constexpr int nSamples = 2 * rate;
+    QVERIFY(makeToken("MOV001.wav", nSamples, 1));
+    expectOneWarning();
+    QVERIFY(getReady());
+    const QSignalSpy playing(m_window.get(), &MainWindow::soundPlaying);
+    QVERIFY(start());
+    const int nConnections = m_server.nConnections();
+    QVERIFY(nConnections > 0);
+
+    // Qt 6.4 hangs for good when the server vanishes while it feeds the output, which it does every
+    // 20 ms: the server is therefore killed when that has just been done.
+    QVERIFY(awaitFed(nSamples / 2));
+    const qint64 fed = m_window->audioBuffer->pos();
+    for (const QDeadlineTimer limit(longestWait); m_window->audioBuffer->pos() == fed;) {
+        QVERIFY(!limit.hasExpired());
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(m_server.kill());
+    QVERIFY(awaitFailure());
+    QVERIFY(m_server.start());
+    QTest::qWait(2000); // the rest of the token, and more
+    QCOMPARE(playing.size(), 1);
+    QVERIFY(isLocked());
+
+    QVERIFY(leave());
+    QTRY_COMPARE_WITH_TIMEOUT(m_server.nConnections(), nConnections, longestWait);
+    sessionWorks();
+}
+
+// Catches a program that waits for a server that is not there, and what the test above catches.
+void TestFaults::serverGoneWhenPlaying()
+{
+    sessionWorks();
+    if (QTest::currentTestFailed())
+        return;
+    const int nConnections = m_server.nConnections();
+    QVERIFY(nConnections > 0);
+    QVERIFY(makeToken("MOV001.wav", 9600, 1));
+    expectOneWarning();
+    QVERIFY(getReady());
+    const QSignalSpy playing(m_window.get(), &MainWindow::soundPlaying);
+
+    QVERIFY(m_server.kill());
+    QVERIFY(start());
+    QVERIFY(awaitFailure());
+    QVERIFY(m_server.start());
+    QTest::qWait(500); // the token, and more
+    QCOMPARE(playing.size(), 1);
+    QVERIFY(isLocked());
+
+    QVERIFY(leave());
+    QTRY_COMPARE_WITH_TIMEOUT(m_server.nConnections(), nConnections, longestWait);
+    sessionWorks();
+}
+
+// Catches outputs, sources and samples that pile up when nothing can be played, a play that fails
+// without a word, and the crash or the answer that may come of it.
+void TestFaults::manyPlaysWithoutServer()
+{
+    constexpr int nSettled = 5;
+    constexpr int nPlays = 25;
+    // A play takes 290 KB with its samples; of 20 plays less than 4 may be left.
+    constexpr qint64 mostGrowth = 1'000'000;
+    QVERIFY(makeToken("MOV001.wav", rate, 1));
+    QVERIFY(getReady());
+    QVERIFY(m_server.kill());
+    for (int play = 0; play < nPlays; ++play)
+        QTest::ignoreMessage(QtWarningMsg, stopWarning);
+    QVERIFY(start());
+    QVERIFY(awaitFailure());
+
+    const QSignalSpy playing(m_window.get(), &MainWindow::soundPlaying);
+    QList<QPointer<QObject>> released;
+    qint64 settled = 0;
+    for (int play = 1; play < nPlays; ++play) {
+        if (play == nSettled)
+            settled = residentMemory();
+        released << m_window->audioSink << m_window->audioBuffer;
+        m_window->playCount = 0;
+        m_window->playOneSound();
+        QVERIFY(awaitFailure());
+        QTest::qWait(50);
+        QCOMPARE(m_window->findChildren<QAudioSink *>().size(), 1);
+    }
+    const qint64 growth = residentMemory() - settled;
+    qInfo("%d plays: %+lld KB resident", nPlays - nSettled, growth / 1000);
+    QVERIFY(settled > 0);
+    QVERIFY2(growth < mostGrowth, qPrintable(QString::number(growth)));
+    for (const QPointer<QObject> &object : released)
+        QVERIFY(object.isNull());
+    QCOMPARE(playing.size(), nPlays - 1);
+    QVERIFY(isLocked());
+
+    QVERIFY(leave());
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QCOMPARE(m_window->findChildren<QAudioSink *>().size(), 0);
+}
+
+// Catches an output that is kept for all trials, and one that is chosen once and for all.
+void TestFaults::defaultOutputChanges()
+{
+    constexpr int nTokens = 5;
+    for (int token = 1; token <= nTokens; ++token)
+        QVERIFY(makeToken(QString("MOV%1.wav").arg(token), 12000, token));
+    m_window->checkBoxAutoPlay->setChecked(false);
+    QVERIFY(m_server.addOutput("second"));
+    const auto presented = [this] { return floatBytes(noise(12000, m_window->tokenIndex + 1)); };
+
+    QVERIFY(getReady());
+    {
+        Recording first("out");
+        QVERIFY(first.isRunning());
+        QVERIFY(start());
+        QVERIFY(awaitAnswering());
+        QVERIFY(first.bytes().contains(presented().last(64)));
+        click(subject("pushButtonChoice2"));
+    }
+
+    QVERIFY(m_server.setDefaultOutput("second"));
+    // Qt 6.4 looks at an output again only when something happens to it, here the recording.
+    Recording second("second");
+    QVERIFY(second.isRunning());
+    QTRY_COMPARE_WITH_TIMEOUT(QMediaDevices::defaultAudioOutput().id(), QByteArray("second"),
+                              longestWait);
+    // A stall of the server tears a gap into any sound: only then another token may come instead.
+    for (bool whole = false; !whole;) {
+        QVERIFY2(m_window->trialIndex < nTokens, "a gap in each token");
+        click(subject("pushButtonNext"));
+        QVERIFY(awaitAnswering());
+        const QByteArray heard = second.bytes();
+        whole = heard.contains(presented());
+        QVERIFY2(whole || hasGap(heard, presented()), qPrintable(describeLoss(heard, presented())));
+        click(subject("pushButtonChoice4"));
+        QCOMPARE(m_window->data.entries.at(m_window->trialIndex - 1).resp, "stranger");
+    }
+}
+
+// Catches an answer to a token of which the end has still to be heard when the output has been put
+// to sleep, and one that is never enabled. PipeWire wakes an output up again as soon as it finds
+// something to play, but a recording that was there before goes on in silence.
+void TestFaults::outputSuspendedWhilePlaying()
+{
+    constexpr int nSamples = 3 * rate;
+    QVERIFY(makeToken("MOV001.wav", nSamples, 1));
+    QTest::failOnWarning(QRegularExpression(stopWarning));
+    QVERIFY(getReady());
+    QVERIFY(start());
+    QVERIFY(awaitFed(nSamples / 3));
+
+    QVERIFY(m_server.suspendOutput("out", true));
+    QVERIFY(isLocked());
+    QVERIFY(m_server.suspendOutput("out", false));
+    heardBeforeAnswering(floatBytes(noise(nSamples, 1)));
+}
+
+// Catches a sleeping output that is not waited for, or waited for in vain.
+void TestFaults::outputSuspendedBefore()
+{
+    constexpr int nSamples = 3 * rate;
+    QVERIFY(makeToken("MOV001.wav", nSamples, 1));
+    QTest::failOnWarning(QRegularExpression(stopWarning));
+    QVERIFY(getReady());
+    QVERIFY(m_server.suspendOutput("out", true));
+    QVERIFY(m_server.isSuspended("out"));
+    QVERIFY(start());
+    QVERIFY(isLocked());
+    QVERIFY(m_server.suspendOutput("out", false));
+    heardBeforeAnswering(floatBytes(noise(nSamples, 1)));
+}
+
+// Catches an end that is told by the clock: a server that stands still for longer than the token
+// would still last has not played it.
+void TestFaults::serverStallsWhilePlaying()
+{
+    constexpr int nSamples = 3 * rate;
+    QVERIFY(makeToken("MOV001.wav", nSamples, 1));
+    QTest::failOnWarning(QRegularExpression(stopWarning));
+    QVERIFY(getReady());
+    QVERIFY(start());
+    QVERIFY(awaitFed(nSamples / 3));
+
+    QVERIFY(m_server.pause(true));
+    QTest::qWait(2500);
+    QVERIFY(isLocked());
+    QVERIFY(m_server.pause(false));
+    heardBeforeAnswering(floatBytes(noise(nSamples, 1)));
+}
+
+void TestFaults::unsupportedFormat_data()
+{
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<int>("sampleRate");
+
+    QTest::newRow("no channel") << 0 << rate;
+    QTest::newRow("200 channels") << 200 << rate;
+    QTest::newRow("rate 0") << 1 << 0;
+    QTest::newRow("negative rate") << 1 << -1;
+    QTest::newRow("rate of 10 MHz") << 1 << 10'000'000;
+}
+
+// Catches a division by a frame of no bytes, an answer to a sound that the output refused, and a
+// refusal without a word.
+void TestFaults::unsupportedFormat()
+{
+    QFETCH(const int, channels);
+    QFETCH(const int, sampleRate);
+    const QAudioFormat good = m_window->audioOutputFormat;
+    m_window->audioOutputFormat.setChannelCount(channels);
+    m_window->audioOutputFormat.setSampleRate(sampleRate);
+    QVERIFY(!QMediaDevices::defaultAudioOutput().isFormatSupported(m_window->audioOutputFormat));
+    QVERIFY(makeToken("MOV001.wav", 9600, 1));
+    expectOneWarning();
+    QVERIFY(getReady());
+    const QSignalSpy playing(m_window.get(), &MainWindow::soundPlaying);
+    QVERIFY(start());
+    QVERIFY(awaitFailure());
+    QTest::qWait(1000); // the token, and more
+    QCOMPARE(playing.size(), 1);
+    QVERIFY(isLocked());
+
+    QVERIFY(leave());
+    m_window->audioOutputFormat = good;
+    sessionWorks();
+}
+
+GUI_TEST_MAIN(TestFaults)
+
+#include "tst_faults.moc"
