@@ -1,0 +1,168 @@
+#include "audio/Recording.h"
+#include "audio/ResidentMemory.h"
+#include "gui/GuiTestMain.h"
+#include "gui/SessionTest.h"
+#include "subject/SubjectWindow.h"
+#include "unit/WavFile.h"
+
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+
+namespace {
+
+constexpr int nTokens = 20;
+constexpr int nTimes = 25;
+constexpr int nTrials = nTokens * nTimes;
+
+/// What the answers to one token add up to.
+struct Tally
+{
+    int nMother = 0;
+    int nStranger = 0;
+    int rt = 0;
+    int rtCorrect = 0;
+    int rtIncorrect = 0;
+};
+
+/// The first half of the tokens are the mother's: so they are sorted.
+bool isMother(int token)
+{
+    return token < nTokens / 2;
+}
+
+QString tokenName(int token)
+{
+    return QString("MOV%1_%2.wav")
+        .arg(isMother(token) ? "001" : "002")
+        .arg(token, 2, 10, QChar('0'));
+}
+
+/// The order of the tokens is random, so that this mixes right and wrong answers to each.
+bool answersMother(int trial)
+{
+    return trial % 3 != 1;
+}
+
+QList<QByteArray> lines(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>();
+}
+
+} // namespace
+
+class TestSoak : public SessionTest
+{
+    Q_OBJECT
+
+private slots:
+    void fiveHundredTrials();
+};
+
+// Catches what only many trials show: memory that is not given back, a trial that is lost, counted
+// twice or scored for another, and a session that gets slower or comes to a halt.
+void TestSoak::fiveHundredTrials()
+{
+    constexpr int nSettled = 20;
+    constexpr qint64 mostGrowth = 5'000'000;
+    for (int token = 0; token < nTokens; ++token)
+        QVERIFY(writeFile(path("tokens/" + tokenName(token)),
+                          wavBytes(noise(1440 + 48 * token, token))));
+    m_window->lineEditSi->setText("5.000");
+    m_window->lineEditNTimes->setText(QString::number(nTimes));
+    m_window->checkBoxSaveData->setChecked(true);
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    const QList<int> sequence = m_window->randomSequence;
+    QCOMPARE(sequence.size(), nTrials);
+    for (int token = 0; token < nTokens; ++token) {
+        QCOMPARE(m_window->data.records.at(token).filename, tokenName(token));
+        QCOMPARE(sequence.count(token), nTimes);
+    }
+    click(m_window->pushButtonGo);
+
+    const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
+    const QSignalSpy done(m_window.get(), &MainWindow::doneDataCollection);
+    ModalAnswer answers;
+    answers.choose(path("soak.txt"));
+    QList<Tally> tallies(nTokens);
+    QList<QByteArray> entryLines = {"filename\tstim\tresp\tcorrectness\trt"};
+    qint64 settled = 0;
+    QElapsedTimer clock;
+    clock.start();
+    click(subject("pushButtonIAmReady"));
+    for (int trial = 0; trial < nTrials; ++trial) {
+        QVERIFY2(awaitAnswering(), qPrintable(QString::number(trial)));
+        QTest::qWait(2); // nobody answers in less
+        const int token = sequence.at(trial);
+        const bool mother = answersMother(trial);
+        const bool correct = mother == isMother(token);
+        click(subject(mother ? "pushButtonChoice2" : "pushButtonChoice4"));
+
+        const Entry &entry = m_window->data.entries.at(trial);
+        QCOMPARE(entry.filename, tokenName(token));
+        QCOMPARE(entry.filePath, path("tokens"));
+        QCOMPARE(entry.stim, isMother(token) ? "mother" : "stranger");
+        QCOMPARE(entry.resp, mother ? "mother" : "stranger");
+        QCOMPARE(entry.correctness, correct);
+        QVERIFY2(entry.rt > 0 && entry.rt < 2000, qPrintable(QString::number(entry.rt)));
+        const int rt = static_cast<int>(entry.rt);
+        QCOMPARE(entry.rt, rt);
+        Tally &tally = tallies[token];
+        ++(mother ? tally.nMother : tally.nStranger);
+        tally.rt += rt;
+        (correct ? tally.rtCorrect : tally.rtIncorrect) += rt;
+        entryLines.append((tokenName(token) + (isMother(token) ? "\tmother\t" : "\tstranger\t") +
+                           (mother ? "mother\t" : "stranger\t") + (correct ? "1\t" : "0\t") +
+                           QString::number(rt))
+                              .toUtf8());
+        if (trial == nSettled - 1)
+            settled = residentMemory();
+    }
+    const qint64 growth = residentMemory() - settled;
+    qInfo("%d trials in %lld s; since trial %d: %+lld KB resident", nTrials, clock.elapsed() / 1000,
+          nSettled, growth / 1000);
+    QCOMPARE(answers.problem(), "");
+    QVERIFY(settled > 0);
+    QVERIFY2(growth < mostGrowth, qPrintable(QString::number(growth)));
+    QCOMPARE(sound.size(), 2 * nTrials);
+    QCOMPARE(done.size(), 1);
+    QVERIFY(subject("pushButtonDone")->isVisible());
+
+    QList<QByteArray> recordLines = lines(path("soak.txt"));
+    QCOMPARE(recordLines.size(), 1 + nTokens + 1);
+    QCOMPARE(recordLines.first(), "filename\tnMother\tnStranger\trt\trt_correct\trt_incorrect");
+    QCOMPARE(recordLines.last(), "");
+    const auto mean = [](int sum, int count) { return count == 0 ? 0.0 : double(sum) / count; };
+    for (int token = 0; token < nTokens; ++token) {
+        const Tally &tally = tallies.at(token);
+        const int nCorrect = isMother(token) ? tally.nMother : tally.nStranger;
+        const double rt = mean(tally.rt, nTimes);
+        const double rtCorrect = mean(tally.rtCorrect, nCorrect);
+        const double rtIncorrect = mean(tally.rtIncorrect, nTimes - nCorrect);
+        const Record &record = m_window->data.records.at(token);
+        QCOMPARE(record.stim, isMother(token) ? "mother" : "stranger");
+        QCOMPARE(record.nMother, tally.nMother);
+        QCOMPARE(record.nStranger, tally.nStranger);
+        QCOMPARE(record.nMother + record.nStranger, nTimes);
+        QCOMPARE(record.rt, rt);
+        QCOMPARE(record.rt_correct, rtCorrect);
+        QCOMPARE(record.rt_incorrect, rtIncorrect);
+        QCOMPARE(recordLines.at(1 + token), QString("%1\t%2\t%3\t%4\t%5\t%6")
+                                                .arg(tokenName(token))
+                                                .arg(tally.nMother)
+                                                .arg(tally.nStranger)
+                                                .arg(rt)
+                                                .arg(rtCorrect)
+                                                .arg(rtIncorrect)
+                                                .toUtf8());
+    }
+    QCOMPARE(lines(path("soak_entries.txt")), entryLines);
+    QVERIFY(lines(path("soak_parameters.txt")).contains("nTimes: " + QByteArray::number(nTimes)));
+}
+
+GUI_TEST_MAIN(TestSoak)
+
+#include "tst_soak.moc"
