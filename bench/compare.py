@@ -53,9 +53,9 @@ def main():
     times = run(sys.argv[1], sys.argv[2:])
     print("| what | size | Ostrine, median in us | compared with | ratio | spread |")
     print("|---|---|---|---|---|---|")
-    for (what, size), contestants in times.items():
+    for (what, size), contestants in sorted(times.items()):
         ours = contestants.pop("ostrine")
-        for who, theirs in contestants.items():
+        for who, theirs in sorted(contestants.items()):
             ratio = statistics.median(ours) / statistics.median(theirs)
             print(f"| {what} | {size} | {statistics.median(ours) / 1e3:.1f} | {who} | {ratio:.2f} |"
                   f" {spread(ours):.0f} %, {spread(theirs):.0f} % |")
