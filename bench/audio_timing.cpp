@@ -172,31 +172,60 @@ struct Play
 /// Where a play is in the recording.
 struct Heard
 {
-    size_t nSamples = 0; ///< how many of the token's samples were heard, in their order
-    bool whole = false;  ///< without a gap
-    double first = 0;    ///< when the first sample was over
-    double end = 0;      ///< when the last one was over
+    size_t nSamples = 0;   ///< how many of the token's samples were heard, in their order
+    bool toItsEnd = false; ///< the last one among them
+    bool whole = false;    ///< all of them, without a gap
+    double first = 0;      ///< when the first sample was over
+    double end = 0;        ///< when the last one was over
 };
+
+/// Where in @p token, from @p from on, the recording goes on at @p position after some samples
+/// were lost; the token's length if it does not. A few samples in a row are unmistakable.
+size_t resumption(const Recording &recording, size_t position, const QList<double> &token,
+                  size_t from)
+{
+    constexpr size_t enough = 8;
+    const auto nSamples = static_cast<size_t>(token.size());
+    for (size_t start = from; start + enough <= nSamples; ++start) {
+        size_t n = 0;
+        while (n < enough && position + n < recording.size() &&
+               recording.sample(position + n) ==
+                   static_cast<float>(token.at(static_cast<qsizetype>(start + n))))
+            ++n;
+        if (n == enough)
+            return start;
+    }
+    return nSamples;
+}
 
 /// Finds a token of noise without zeros; between the tokens there are only zeros.
 Heard find(const Recording &recording, const Play &play)
 {
     Heard heard;
-    size_t position = recording.positionAt(play.due);
     const size_t limit = std::min(recording.size(), recording.positionAt(play.ended + 400));
     const auto nSamples = static_cast<size_t>(play.token.size());
+    size_t next = 0; // in the token
     size_t first = 0;
     size_t last = 0;
-    for (; position < limit && heard.nSamples < nSamples; ++position) {
-        if (recording.sample(position) !=
-            static_cast<float>(play.token.at(static_cast<qsizetype>(heard.nSamples))))
+    for (size_t position = recording.positionAt(play.due); position < limit && next < nSamples;
+         ++position) {
+        const float sample = recording.sample(position);
+        if (sample == 0)
             continue;
+        if (sample != static_cast<float>(play.token.at(static_cast<qsizetype>(next)))) {
+            const size_t resumed = resumption(recording, position, play.token, next + 1);
+            if (resumed == nSamples)
+                continue;
+            next = resumed;
+        }
         if (heard.nSamples == 0)
             first = position;
         last = position;
+        ++next;
         ++heard.nSamples;
     }
     if (heard.nSamples > 0) {
+        heard.toItsEnd = next == nSamples;
         heard.whole = heard.nSamples == nSamples && last - first + 1 == nSamples;
         heard.first = recording.timeOf(first + 1);
         heard.end = recording.timeOf(last + 1);
@@ -266,10 +295,10 @@ public:
 
     void printHeader() const
     {
-        std::printf(
-            "| condition | samples heard | whole plays | begin of the sound after it was due "
-            "| clock zero error | soundPlaying after it was due |\n"
-            "|---|---|---|---|---|---|\n");
+        std::printf("| condition | samples heard | whole plays | cut at the end | begin of the "
+                    "sound after it was due "
+                    "| clock zero error | soundPlaying after it was due |\n"
+                    "|---|---|---|---|---|---|---|\n");
     }
 
     void run(const Condition &condition) const
@@ -356,6 +385,7 @@ private:
         size_t sent = 0;
         size_t received = 0;
         int whole = 0;
+        int cut = 0;
         Statistics begin;
         Statistics zero;
         Statistics timer;
@@ -364,15 +394,17 @@ private:
             sent += static_cast<size_t>(play.token.size());
             received += heard.nSamples;
             timer.add(play.started - play.due);
-            if (heard.nSamples != static_cast<size_t>(play.token.size()))
-                continue;
             whole += heard.whole ? 1 : 0;
+            if (!heard.toItsEnd) {
+                ++cut;
+                continue;
+            }
             begin.add(heard.first - play.due);
             zero.add(play.ended - heard.end);
         }
-        std::printf("| %s | %.2f %% | %d of %zu | %s | %s | %s |\n", qPrintable(name),
+        std::printf("| %s | %.2f %% | %d of %zu | %d | %s | %s | %s |\n", qPrintable(name),
                     100.0 * static_cast<double>(received) / static_cast<double>(sent), whole,
-                    plays.size(), qPrintable(begin.text()), qPrintable(zero.text()),
+                    plays.size(), cut, qPrintable(begin.text()), qPrintable(zero.text()),
                     qPrintable(timer.text()));
         std::fflush(stdout);
     }
@@ -433,7 +465,7 @@ void measureReactionTimes(int nPresentations)
     Statistics error;
     for (size_t i = 0; i < plays.size(); ++i) {
         const Heard heard = find(recording, plays[i]);
-        if (heard.whole)
+        if (heard.toItsEnd)
             error.add(window.data.entries.at(static_cast<qsizetype>(i)).rt -
                       (presses[i] - heard.end));
     }
