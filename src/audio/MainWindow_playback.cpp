@@ -140,7 +140,7 @@ void MainWindow::followStream()
     // Events are processed while a sink is deleted: what waits for it must not meet another one.
     QTimer::singleShot(std::chrono::round<std::chrono::milliseconds>(wait), Qt::PreciseTimer,
                        audioSink, [this, sink = audioSink, heard = unheard.has_value()] {
-                           if (audioSink != sink)
+                           if (audioSink != sink || sink->state() == QAudio::StoppedState)
                                return;
                            if (!heard) {
                                followStream();
