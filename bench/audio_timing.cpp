@@ -1,7 +1,7 @@
 // When a token is heard, and when the reaction clock starts, against a recording of what the sound
 // server plays. To be run by audio_timing.sh, which gives it a server of its own.
 //
-//   audio_timing [number of plays, 50]
+//   audio_timing [number of plays, 50 [part of a condition's name, for those alone]]
 //
 // Prints a Markdown table. All times are those of the monotonic clock, in milliseconds.
 
@@ -159,10 +159,31 @@ private:
     std::vector<Fragment> m_fragments;
 };
 
+/// Knows when the program's last timer has fired.
+class TimerWatch : public QObject
+{
+public:
+    TimerWatch() { QCoreApplication::instance()->installEventFilter(this); }
+
+    double lastFired() const { return m_lastFired; }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Timer)
+            m_lastFired = nowMs();
+        return false;
+    }
+
+private:
+    double m_lastFired = 0;
+};
+
 /// What was measured of one play.
 struct Play
 {
     double due = 0;     ///< when the presentation was to begin
+    double begun = 0;   ///< when it began: when the timer fired in which soundPlaying(1) came
     double started = 0; ///< soundPlaying(1)
     double ended = 0;   ///< soundPlaying(-1)
     QList<double> token;
@@ -282,6 +303,7 @@ struct Condition
     int nSamples = 0;
     bool charts = false; ///< load the token from its file, and draw it, before each play
     bool load = false;   ///< while another process keeps one core busy
+    bool resize = false; ///< change the window's size, which draws the charts anew, at each play
 };
 
 class Measurement
@@ -296,8 +318,8 @@ public:
     {
         std::printf("| condition | samples heard | whole plays | cut at the end | begin of the "
                     "sound after it was due "
-                    "| clock zero error | soundPlaying after it was due |\n"
-                    "|---|---|---|---|---|---|---|\n");
+                    "| clock zero error | presentation timer error | time to start the sound |\n"
+                    "|---|---|---|---|---|---|---|---|\n");
     }
 
     void run(const Condition &condition) const
@@ -331,7 +353,7 @@ private:
         explicit Presenter(const Condition &condition)
             : m_condition(condition)
         {
-            m_window.resize(1152, 810);
+            m_window.resize(width, 810);
             if (condition.charts)
                 m_window.show();
             Record record;
@@ -340,7 +362,17 @@ private:
             m_window.data.records = {record};
             m_window.data.si = 0.25;
             QObject::connect(&m_window, &MainWindow::soundPlaying, [this](int index) {
-                (index == -1 ? m_play.ended : m_play.started) = nowMs();
+                if (index == -1) {
+                    m_play.ended = nowMs();
+                    return;
+                }
+                m_play.begun = m_timerWatch.lastFired();
+                m_play.started = nowMs();
+                if (m_condition.resize)
+                    QTimer::singleShot(resizeAfter, &m_window, [this] {
+                        m_window.resize(m_window.width() == width ? width + 2 : width,
+                                        m_window.height());
+                    });
             });
         }
 
@@ -372,7 +404,11 @@ private:
         }
 
     private:
+        static constexpr int width = 1152;
+        static constexpr std::chrono::milliseconds resizeAfter{500};
+
         Condition m_condition;
+        TimerWatch m_timerWatch;
         QTemporaryDir m_folder;
         OperatorWindow m_window;
         Play m_play;
@@ -388,11 +424,13 @@ private:
         Statistics begin;
         Statistics zero;
         Statistics timer;
+        Statistics start;
         for (const Play &play : plays) {
             const Heard heard = find(recording, play);
             sent += static_cast<size_t>(play.token.size());
             received += heard.nSamples;
-            timer.add(play.started - play.due);
+            timer.add(play.begun - play.due);
+            start.add(play.started - play.begun);
             whole += heard.whole ? 1 : 0;
             if (!heard.toItsEnd) {
                 ++cut;
@@ -401,10 +439,10 @@ private:
             begin.add(heard.first - play.due);
             zero.add(play.ended - heard.end);
         }
-        std::printf("| %s | %.2f %% | %d of %zu | %d | %s | %s | %s |\n", qPrintable(name),
+        std::printf("| %s | %.2f %% | %d of %zu | %d | %s | %s | %s | %s |\n", qPrintable(name),
                     100.0 * static_cast<double>(received) / static_cast<double>(sent), whole,
                     plays.size(), cut, qPrintable(begin.text()), qPrintable(zero.text()),
-                    qPrintable(timer.text()));
+                    qPrintable(timer.text()), qPrintable(start.text()));
         std::fflush(stdout);
     }
 
@@ -491,19 +529,27 @@ int main(int argc, char *argv[])
     QApplication::setQuitOnLastWindowClosed(false);
     const int nPlays = argc > 1 ? std::max(std::atoi(argv[1]), 2) : 50;
 
+    const QString wanted = argc > 2 ? argv[2] : "";
+
     const Measurement measurement(nPlays);
     std::printf("Values are mean, SD, min .. max in ms over %d plays.\n\n", nPlays);
     measurement.printHeader();
-    measurement.run({"20 ms", 960});
-    measurement.run({"50 ms", 2400});
-    measurement.run({"250 ms", 12000});
-    measurement.run({"251.3 ms", 12062});
-    measurement.run({"1 s", 48000});
-    measurement.run({"5 s", 240000});
-    measurement.run({"250 ms, charts drawn", 12000, true});
-    measurement.run({"1 s, charts drawn", 48000, true});
-    measurement.run({"250 ms, one core busy", 12000, false, true});
-    measurement.run({"1 s, charts drawn, one core busy", 48000, true, true});
-    measureReactionTimes(nPlays);
+    for (const Condition &condition : {
+             Condition{"20 ms", 960},
+             Condition{"50 ms", 2400},
+             Condition{"250 ms", 12000},
+             Condition{"251.3 ms", 12062},
+             Condition{"1 s", 48000},
+             Condition{"5 s", 240000},
+             Condition{"250 ms, charts drawn", 12000, true},
+             Condition{"1 s, charts drawn", 48000, true},
+             Condition{"5 s, window resized after 0.5 s", 240000, true, false, true},
+             Condition{"250 ms, one core busy", 12000, false, true},
+             Condition{"1 s, charts drawn, one core busy", 48000, true, true},
+         })
+        if (condition.name.contains(wanted))
+            measurement.run(condition);
+    if (wanted.isEmpty())
+        measureReactionTimes(nPlays);
     return EXIT_SUCCESS;
 }
