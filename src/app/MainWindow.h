@@ -110,6 +110,8 @@ protected:
     /// Schedules the current token's presentation, if one is left, and returns the advanced
     /// trialIndex.
     int playWav();
+    /// How much of the stream that plays the sound server has taken from the sink's buffer.
+    qint64 nFramesTaken() const;
 
     // data/MainWindow_resultFiles.cpp
     void updateOutputFilePath();

@@ -3,7 +3,6 @@
 #include "app/FieldText.h"
 #include "app/MainWindow.h"
 #include "app/PresentationOrder.h"
-#include "audio/SinkEnding.h"
 #include "plots/WaveformSpan.h"
 
 #include <QAudioDevice>
@@ -11,13 +10,27 @@
 #include <QBuffer>
 #include <QDebug>
 #include <QElapsedTimer>
-#include <QLibraryInfo>
 #include <QLineEdit>
 #include <QMediaDevices>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// How long a stream may go on when the program is held up, as it is for more than half a second
+/// when the chart of a long token is drawn anew. Qt's own choice is 70 to 250 ms.
+constexpr std::chrono::microseconds longestBuffer = 2s;
+
+/// What stays out of the buffer: a server may wait until it is full before it begins to play, so
+/// that there must always be more.
+constexpr std::chrono::microseconds notBuffered = trailingSilence / 4;
+
+} // namespace
 
 void MainWindow::genWav()
 {
@@ -88,22 +101,20 @@ void MainWindow::playOneSound()
         return;
 
     releaseAudioOutput(); // the sound of a session that was broken off may still be there
-    const SinkEnding ending = sinkEnding(QLibraryInfo::version());
-    const qint64 before =
-        ending.idleBeforePlayed ? streamProgress.leadingSilence(soundWave.size()) : 0;
-    const auto behind =
-        static_cast<qint64>(ending.trailingSilence * audioOutputFormat.sampleRate());
+    const qint64 before = streamProgress.leadingSilence(soundWave.size());
+    const auto behind = audioOutputFormat.framesForDuration(trailingSilence.count());
     audioData = new QByteArray(playbackBytes(before, soundWave, behind));
     audioBuffer = new QBuffer(audioData);
     audioBuffer->open(QIODevice::ReadOnly);
     audioSink = new QAudioSink(QMediaDevices::defaultAudioOutput(), audioOutputFormat, this);
     connect(audioSink, SIGNAL(stateChanged(QAudio::State)), this,
             SLOT(handleAudioStateChanged(QAudio::State)));
+    audioSink->setBufferSize(std::min<qsizetype>(
+        audioOutputFormat.bytesForDuration(longestBuffer.count()),
+        audioData->size() - audioOutputFormat.bytesForDuration(notBuffered.count())));
     audioSink->start(audioBuffer);
-    if (ending.idleBeforePlayed) {
-        streamProgress.start(before + soundWave.size());
-        followStream();
-    }
+    streamProgress.start(before + soundWave.size());
+    followStream();
 
     ++playCount;
     emit soundPlaying(playCount);
@@ -115,25 +126,24 @@ void MainWindow::handleAudioStateChanged(QAudio::State audioState)
         return; // a late notification of an output that has been released
     if (audioState == QAudio::StoppedState && audioSink->error() != QAudio::NoError)
         qWarning() << "Audio stopped unexpectedly";
-    // Idle with samples unread is an underrun, from which the output recovers: not the sound's end.
-    if (audioState == QAudio::IdleState && audioBuffer->atEnd() &&
-        !sinkEnding(QLibraryInfo::version()).idleBeforePlayed) {
-        releaseAudioOutput();
-        endSound();
-    }
+    // Idle tells neither the end of a sound, nor of the stream: a sink is idle as well when it has
+    // run dry for a moment, and when it has read its source with all of that still in its buffer.
+}
+
+qint64 MainWindow::nFramesTaken() const
+{
+    const qint64 buffered = audioSink->bufferSize() - audioSink->bytesFree();
+    return (audioBuffer->pos() - buffered) / audioOutputFormat.bytesPerFrame();
 }
 
 /// Looks every millisecond how much of the stream has been taken, and ends the sound when the token
 /// has been heard whole. A stream that stops by itself is not followed any further.
 void MainWindow::followStream()
 {
-    using namespace std::chrono_literals;
     if (audioSink->state() == QAudio::StoppedState)
         return;
-    const qint64 buffered = audioSink->bufferSize() - audioSink->bytesFree();
-    const std::optional<qint64> unheard =
-        streamProgress.unheard((audioBuffer->pos() - buffered) / audioOutputFormat.bytesPerFrame(),
-                               audioOutputFormat.framesForDuration(audioSink->processedUSecs()));
+    const std::optional<qint64> unheard = streamProgress.unheard(
+        nFramesTaken(), audioOutputFormat.framesForDuration(audioSink->processedUSecs()));
     const auto wait = unheard ? std::chrono::microseconds(audioOutputFormat.durationForFrames(
                                     static_cast<qint32>(*unheard)))
                               : 1ms;
@@ -146,7 +156,7 @@ void MainWindow::followStream()
                                followStream();
                                return;
                            }
-                           // Releasing the output takes some 10 ms: the clock must not wait.
+                           // Releasing the output may take some 10 ms: the clock must not wait.
                            endSound();
                            releaseAudioOutput();
                        });
@@ -166,8 +176,8 @@ void MainWindow::endSound()
     emit soundPlaying(-1);
 }
 
-/// Stops and deletes what plays, if anything does. The members are cleared first: deleting a sink
-/// can process events, and what they call must find nothing half released.
+/// Silences and deletes what plays, if anything does. The members are cleared first: deleting a
+/// sink can process events, and what they call must find nothing half released.
 void MainWindow::releaseAudioOutput()
 {
     QAudioSink *sink = std::exchange(audioSink, nullptr);
@@ -175,7 +185,7 @@ void MainWindow::releaseAudioOutput()
     QByteArray *bytes = std::exchange(audioData, nullptr);
     if (sink != nullptr) {
         sink->disconnect(this);
-        sink->stop();
+        sink->reset(); // stop() may play what is left in the buffer first, and wait for it
         buffer->close();
     }
     delete sink;

@@ -1,13 +1,13 @@
 #include "audio/Recording.h"
-#include "audio/SinkEnding.h"
+#include "audio/StreamProgress.h"
 #include "gui/GuiTestMain.h"
 #include "gui/OperatorWindow.h"
 
 #include <QAudioSink>
 #include <QBuffer>
 #include <QDeadlineTimer>
-#include <QLibraryInfo>
 #include <QSignalSpy>
+#include <QTimer>
 
 namespace {
 
@@ -24,6 +24,7 @@ private slots:
     void tokenIsHeardWhole_data();
     void tokenIsHeardWhole();
     void underrunEndsNothing();
+    void heldUpAtTheEnd();
     void stopBeforeTheEndEndsNothing();
     void newPlayReleasesTheOneBefore();
     void closingReleasesWhatPlays();
@@ -33,11 +34,14 @@ void TestPlayback::tokenIsHeardWhole_data()
 {
     QTest::addColumn<int>("nSamples");
 
-    QTest::newRow("20 ms") << 960;
-    QTest::newRow("50 ms") << 2400;
-    QTest::newRow("250 ms") << 12000;
-    QTest::newRow("251.3 ms, no whole tick of the sink") << 12062;
-    QTest::newRow("a second") << 48000;
+    QTest::addColumn<int>("heldUp"); // ms, from half a second after the start
+
+    QTest::newRow("20 ms") << 960 << 0;
+    QTest::newRow("50 ms") << 2400 << 0;
+    QTest::newRow("250 ms") << 12000 << 0;
+    QTest::newRow("251.3 ms, no whole tick of the sink") << 12062 << 0;
+    QTest::newRow("a second") << 48000 << 0;
+    QTest::newRow("three seconds, a chart drawn meanwhile") << 3 * sampleRate << 1000;
 }
 
 // Catches a token cut at its end when the output is stopped, one with a hole, and a sound whose end
@@ -49,6 +53,7 @@ void TestPlayback::tokenIsHeardWhole_data()
 void TestPlayback::tokenIsHeardWhole()
 {
     QFETCH(const int, nSamples);
+    QFETCH(const int, heldUp);
     OperatorWindow window;
     QSignalSpy playing(&window, &MainWindow::soundPlaying);
     Recording recording;
@@ -62,6 +67,7 @@ void TestPlayback::tokenIsHeardWhole()
         window.playCount = 0;
         playing.clear();
         window.playOneSound();
+        QTimer::singleShot(500, &window, [=] { QTest::qSleep(heldUp); });
         QCOMPARE(playing.size(), 1);
         QCOMPARE(playing.at(0).at(0).toInt(), 1);
         QVERIFY(playing.wait(endTimeout));
@@ -100,26 +106,43 @@ void TestPlayback::underrunEndsNothing()
     QCOMPARE(playing.at(1).at(0).toInt(), -1);
 }
 
+// Catches a token that never ends, or ends twice, when the program has missed its end and all of
+// the silence behind it, and a crash of the output that has run dry.
+void TestPlayback::heldUpAtTheEnd()
+{
+    OperatorWindow window;
+    QSignalSpy playing(&window, &MainWindow::soundPlaying);
+    for (int play = 0; play < 5; ++play) {
+        window.soundWave = noise(12000, 1);
+        window.playCount = 0;
+        playing.clear();
+        window.playOneSound();
+        QTest::qWait(150);
+        QTest::qSleep(1500);
+        QTRY_COMPARE_WITH_TIMEOUT(playing.size(), 2, endTimeout);
+        QCOMPARE(window.audioSink, nullptr);
+        QTest::qWait(300);
+        QCOMPARE(playing.size(), 2);
+    }
+}
+
 // Catches an answer to a token whose last moments were lost: the output stops when the server has
 // taken all of the token, but has not played it yet.
 void TestPlayback::stopBeforeTheEndEndsNothing()
 {
     OperatorWindow window;
     QSignalSpy playing(&window, &MainWindow::soundPlaying);
-    const auto behind = static_cast<qint64>(sinkEnding(QLibraryInfo::version()).trailingSilence *
-                                            sampleRate * sizeof(float));
-    const auto isTaken = [&] {
-        const QAudioSink &sink = *window.audioSink;
-        const qint64 taken = window.audioBuffer->pos() - (sink.bufferSize() - sink.bytesFree());
-        return taken >= window.audioData->size() - behind;
-    };
     // What is left of the token then lasts some 10 ms: a machine that stops for a moment misses it.
     for (int play = 0; play < 5 && window.audioSink == nullptr; ++play) {
         window.soundWave = noise(12000, 1);
         window.playCount = 0;
         playing.clear();
         window.playOneSound();
-        for (const QDeadlineTimer limit(endTimeout); window.audioSink != nullptr && !isTaken();) {
+        const qint64 behind = window.audioOutputFormat.framesForDuration(trailingSilence.count());
+        const qint64 tokenEnd =
+            window.audioData->size() / window.audioOutputFormat.bytesPerFrame() - behind;
+        for (const QDeadlineTimer limit(endTimeout);
+             window.audioSink != nullptr && window.nFramesTaken() < tokenEnd;) {
             QVERIFY(!limit.hasExpired());
             QCoreApplication::processEvents();
         }

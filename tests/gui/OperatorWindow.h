@@ -23,6 +23,7 @@ public:
     using MainWindow::genWav;
     using MainWindow::getParameters;
     using MainWindow::initDataEntries;
+    using MainWindow::nFramesTaken;
     using MainWindow::playWav;
     using MainWindow::updateStatusString;
     using MainWindow::updateTrend;
