@@ -113,6 +113,7 @@ void MainWindow::playOneSound()
         audioOutputFormat.bytesForDuration(longestBuffer.count()),
         audioData->size() - audioOutputFormat.bytesForDuration(notBuffered.count())));
     audioSink->start(audioBuffer);
+    handleAudioStateChanged(audioSink->state()); // some versions fail to start without a word
     streamProgress.start(before + soundWave.size());
     followStream();
 
@@ -124,7 +125,9 @@ void MainWindow::handleAudioStateChanged(QAudio::State audioState)
 {
     if (audioSink == nullptr)
         return; // a late notification of an output that has been released
-    if (audioState == QAudio::StoppedState && audioSink->error() != QAudio::NoError)
+    // Disconnecting makes it a single warning however often the stop is told.
+    if (audioState == QAudio::StoppedState && audioSink->error() != QAudio::NoError &&
+        audioSink->disconnect(this))
         qWarning() << "Audio stopped unexpectedly";
     // Idle tells neither the end of a sound, nor of the stream: a sink is idle as well when it has
     // run dry for a moment, and when it has read its source with all of that still in its buffer.
