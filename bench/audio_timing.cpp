@@ -390,6 +390,7 @@ private:
                 m_window.displayWav();
                 m_window.genFFT();
                 m_window.displayFFT();
+                QCoreApplication::processEvents(); // painted during the longer pause of a session
             } else {
                 m_window.soundWave = m_play.token;
             }
