@@ -1,7 +1,6 @@
 #include "audio/StreamProgress.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace {
 
@@ -26,7 +25,7 @@ qint64 StreamProgress::leadingSilence(qint64 nSamples) const
 
 void StreamProgress::start(qint64 tokenEnd)
 {
-    m_leastOnce = std::numeric_limits<qint64>::max();
+    m_steps.clear();
     m_taken = 0;
     m_tokenEnd = tokenEnd;
 }
@@ -34,14 +33,17 @@ void StreamProgress::start(qint64 tokenEnd)
 std::optional<qint64> StreamProgress::unheard(qint64 taken, qint64 played)
 {
     if (taken > m_taken) {
-        // Two blocks between two looks are no longer block: the smallest is right.
-        m_leastOnce = std::min(m_leastOnce, taken - m_taken);
+        m_steps.append(taken - m_taken);
         if (m_taken >= settledAt)
             m_block = std::min(taken - m_taken, ordinaryBlock);
         m_taken = taken;
     }
-    if (taken < m_tokenEnd)
+    if (taken < m_tokenEnd || m_steps.isEmpty())
         return std::nullopt;
-    const qint64 period = m_leastOnce > ordinaryBlock ? m_leastOnce : ordinaryPeriod;
+    // Now and then a look sees one block in two steps, or, late, two blocks in one. The median is
+    // that of the others.
+    const auto median = m_steps.begin() + (m_steps.size() - 1) / 2;
+    std::nth_element(m_steps.begin(), median, m_steps.end());
+    const qint64 period = *median > ordinaryBlock ? *median : ordinaryPeriod;
     return std::max({period - (taken - m_tokenEnd), m_tokenEnd - played, qint64{0}});
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QList>
 
 #include <chrono>
 #include <optional>
@@ -43,8 +43,8 @@ public:
     std::optional<qint64> unheard(qint64 taken, qint64 played);
 
 private:
-    qint64 m_block = 1024;  ///< what the server asks for at a time; at first PipeWire's
-    qint64 m_leastOnce = 0; ///< the least it has taken at once of this stream
+    qint64 m_block = 1024; ///< what the server asks for at a time; at first PipeWire's
+    QList<qint64> m_steps; ///< what it has taken of this stream between two looks, in any order
     qint64 m_taken = 0;
     qint64 m_tokenEnd = 0;
 };

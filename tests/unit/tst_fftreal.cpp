@@ -21,7 +21,8 @@ int allocations = 0;
 } // namespace
 
 // Every allocation by new is counted. The forms for arrays are given as well, since the default
-// ones need not call these where a sanitizer brings its own.
+// ones need not call these where a sanitizer brings its own. The compiler must not look into them at
+// their calls: GCC 16 takes the free() there for that of memory from new.
 void *operator new(std::size_t size)
 {
     ++allocations;
@@ -35,22 +36,22 @@ void *operator new[](std::size_t size)
     return operator new(size);
 }
 
-void operator delete(void *memory) noexcept
+[[gnu::noinline]] void operator delete(void *memory) noexcept
 {
     std::free(memory);
 }
 
-void operator delete(void *memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void *memory, std::size_t) noexcept
 {
     std::free(memory);
 }
 
-void operator delete[](void *memory) noexcept
+[[gnu::noinline]] void operator delete[](void *memory) noexcept
 {
     std::free(memory);
 }
 
-void operator delete[](void *memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete[](void *memory, std::size_t) noexcept
 {
     std::free(memory);
 }

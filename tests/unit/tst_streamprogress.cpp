@@ -39,6 +39,8 @@ private slots:
     void learntBlock();
     void firstBlocksAreSmaller();
     void missedLook();
+    void blockSeenInTwoSteps();
+    void emptyToken();
     void endBeforeTheFirstLook();
     void nextStream();
     void serverPlaysLater();
@@ -146,6 +148,26 @@ void TestStreamProgress::missedLook()
     QCOMPARE(progress.unheard(2048, 2048), std::nullopt);
     QCOMPARE(progress.unheard(3072, 3072), std::nullopt);
     QCOMPARE(progress.unheard(4096, 4096), Unheard(ordinaryPeriod));
+}
+
+// Catches a long period taken for an ordinary one because a look saw half of a block: with tokens
+// of 5 s the clock started 30 ms early now and then.
+void TestStreamProgress::blockSeenInTwoSteps()
+{
+    StreamProgress progress;
+    progress.start(12288);
+    for (const qint64 taken : {2048, 4096, 5120, 6144, 8192, 10240})
+        QCOMPARE(progress.unheard(taken, taken), std::nullopt);
+    QCOMPARE(progress.unheard(12288, 12288), Unheard(2048));
+}
+
+// Catches a look at the period when nothing has been taken yet.
+void TestStreamProgress::emptyToken()
+{
+    StreamProgress progress;
+    progress.start(0);
+    QCOMPARE(progress.unheard(0, 0), std::nullopt);
+    QCOMPARE(progress.unheard(1024, 1024), Unheard(0));
 }
 
 void TestStreamProgress::endBeforeTheFirstLook()
