@@ -22,9 +22,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// How long a stream may go on when the program is held up, as it is for more than half a second
-/// when the chart of a long token is drawn anew. Qt's own choice is 70 to 250 ms.
-constexpr std::chrono::microseconds longestBuffer = 2s;
+/// How long a stream may go on when the program is held up, as it is for up to two seconds when the
+/// charts of a token of 5 s are drawn in a new size. Qt's own choice is 70 to 250 ms.
+constexpr std::chrono::microseconds longestBuffer = 10s;
 
 /// What stays out of the buffer: a server may wait until it is full before it begins to play, so
 /// that there must always be more.
