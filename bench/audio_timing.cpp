@@ -140,17 +140,36 @@ public:
     /// at once, when it is over: faster than they are played. The last of them tells its time.
     double timeOf(size_t position) const
     {
-        constexpr double duration = 1000.0 * fragmentSize / rate;
         size_t last = (position - 1) / fragmentSize;
         while (last + 1 < m_fragments.size() &&
-               m_fragments[last + 1].arrival - m_fragments[last].arrival < duration / 2)
+               m_fragments[last + 1].arrival - m_fragments[last].arrival < fragmentDuration / 2)
             ++last;
         const size_t after = (last + 1) * fragmentSize - position;
         return m_fragments[last].arrival - static_cast<double>(after) * 1000 / rate;
     }
 
+    /// Whether the server's periods arrived as regularly from @p from to @p to as they are played:
+    /// if not, the machine was held up, and neither the sound nor its times are to be relied on.
+    bool isRegular(double from, double to) const
+    {
+        constexpr double tolerance = 2; // ms
+        size_t first = 0;               // of the period
+        for (size_t i = 0; i + 1 < m_fragments.size() && m_fragments[i].arrival < to; ++i) {
+            if (m_fragments[i + 1].arrival - m_fragments[i].arrival < fragmentDuration / 2)
+                continue;
+            const double played = static_cast<double>(i + 1 - first) * fragmentDuration;
+            if (first > 0 && m_fragments[i].arrival > from &&
+                std::abs(m_fragments[i].arrival - m_fragments[first - 1].arrival - played) >
+                    tolerance)
+                return false;
+            first = i + 1;
+        }
+        return true;
+    }
+
 private:
     static constexpr size_t fragmentSize = std::tuple_size_v<decltype(Fragment::samples)>;
+    static constexpr double fragmentDuration = 1000.0 * fragmentSize / rate;
 
     QString path() const { return m_folder.filePath("recording"); }
 
@@ -318,8 +337,9 @@ public:
     {
         std::printf("| condition | samples heard | whole plays | cut at the end | begin of the "
                     "sound after it was due "
-                    "| clock zero error | presentation timer error | time to start the sound |\n"
-                    "|---|---|---|---|---|---|---|---|\n");
+                    "| clock zero error | the same, of plays with a regular server "
+                    "| presentation timer error | time to start the sound |\n"
+                    "|---|---|---|---|---|---|---|---|---|\n");
     }
 
     void run(const Condition &condition) const
@@ -418,12 +438,18 @@ private:
     static void print(const QString &name, const Recording &recording,
                       const std::vector<Play> &plays)
     {
+        // Around a token's end: what its clock depends on.
+        constexpr double before = 200; // ms
+        constexpr double after = 60;
+
         size_t sent = 0;
         size_t received = 0;
         int whole = 0;
         int cut = 0;
         Statistics begin;
         Statistics zero;
+        Statistics regularZero;
+        int nRegular = 0;
         Statistics timer;
         Statistics start;
         for (const Play &play : plays) {
@@ -439,11 +465,16 @@ private:
             }
             begin.add(heard.first - play.due);
             zero.add(play.ended - heard.end);
+            if (recording.isRegular(heard.end - before, heard.end + after)) {
+                regularZero.add(play.ended - heard.end);
+                ++nRegular;
+            }
         }
-        std::printf("| %s | %.2f %% | %d of %zu | %d | %s | %s | %s | %s |\n", qPrintable(name),
-                    100.0 * static_cast<double>(received) / static_cast<double>(sent), whole,
-                    plays.size(), cut, qPrintable(begin.text()), qPrintable(zero.text()),
-                    qPrintable(timer.text()), qPrintable(start.text()));
+        std::printf(
+            "| %s | %.2f %% | %d of %zu | %d | %s | %s | %d: %s | %s | %s |\n", qPrintable(name),
+            100.0 * static_cast<double>(received) / static_cast<double>(sent), whole, plays.size(),
+            cut, qPrintable(begin.text()), qPrintable(zero.text()), nRegular,
+            qPrintable(regularZero.text()), qPrintable(timer.text()), qPrintable(start.text()));
         std::fflush(stdout);
     }
 

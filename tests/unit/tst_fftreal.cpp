@@ -21,8 +21,8 @@ int allocations = 0;
 } // namespace
 
 // Every allocation by new is counted. The forms for arrays are given as well, since the default
-// ones need not call these where a sanitizer brings its own. The compiler must not look into them at
-// their calls: GCC 16 takes the free() there for that of memory from new.
+// ones need not call these where a sanitizer brings its own. The compiler must not look into them
+// at their calls: GCC 16 takes the free() there for that of memory from new.
 void *operator new(std::size_t size)
 {
     ++allocations;
