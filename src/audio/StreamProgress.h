@@ -13,7 +13,7 @@
 /// chooses by itself:
 /// - 6.4.2 is idle when the source has been read, and stop() discards up to a buffer: 56 to 64 % of
 ///   a token of 250 ms were heard.
-/// - 6.8.2 plays the last partial block after a gap, and never begins a stream of less than 70 ms.
+/// - 6.8.2 plays the last partial block after a gap, and never ended a token of 20 ms.
 /// - 6.11.2 loses the last partial period, of which 12 ms of silence save one that is shorter.
 ///
 /// With half a second of silence all three play every token whole, and StreamProgress tells its end
