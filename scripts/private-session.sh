@@ -3,25 +3,30 @@
 # a display and a sound server. Nothing of the caller's desktop is seen, heard or changed, several
 # of these may run side by side, and everything started here is stopped at the end.
 #
-#   private-session.sh [--audio] [--period SAMPLES] [--pulseaudio] [--display] COMMAND [ARGUMENT...]
+#   private-session.sh [--audio] [--period SAMPLES] [--pulseaudio] [--display] [--awake]
+#                      COMMAND [ARGUMENT...]
 #
 #   --display         an Xvfb screen of 1440 x 900 with the openbox window manager
 #   --audio           PipeWire with the virtual output "out" (48 kHz, mono) as the default; what is
 #                     played can be recorded from "out.monitor"
 #   --period SAMPLES  PipeWire's period, 2048 if nothing else is said
 #   --pulseaudio      PulseAudio in the place of PipeWire
+#   --awake           no processor sleeps when it has nothing to do: a virtual one may be late by tens
+#                     of milliseconds to wake up; needs write access to /dev/cpu_dma_latency
 #
 # The exit code is COMMAND's; 125 when the environment itself could not be set up.
 set -euo pipefail
 
 want_audio=0
 want_display=0
+want_awake=0
 audio_server=pipewire
 period=2048
 while [ $# -gt 0 ]; do
     case $1 in
         --audio) want_audio=1 ;;
         --display) want_display=1 ;;
+        --awake) want_awake=1 ;;
         --period) period=${2:?--period needs a number of samples}; shift ;;
         --pulseaudio) audio_server=pulseaudio ;;
         --) shift; break ;;
@@ -31,7 +36,8 @@ while [ $# -gt 0 ]; do
     shift
 done
 if [ $# -eq 0 ]; then
-    echo "usage: private-session.sh [--audio] [--period SAMPLES] [--pulseaudio] [--display] COMMAND [ARGUMENT...]" >&2
+    echo "usage: private-session.sh [--audio] [--period SAMPLES] [--pulseaudio] [--display] [--awake]" \
+        "COMMAND [ARGUMENT...]" >&2
     exit 125
 fi
 
@@ -159,6 +165,11 @@ if [ "$want_display" -eq 1 ]; then
     await Xvfb xprop -root
     start openbox openbox --sm-disable
     await openbox window_manager_answers
+fi
+
+if [ "$want_awake" -eq 1 ]; then
+    # The kernel holds to the latency written, 0 us, while the file is open: until this script ends.
+    { exec {awake_fd}>/dev/cpu_dma_latency && printf '\0\0\0\0' >&"$awake_fd"; } 2>"$logs/awake" || fail awake
 fi
 
 start_pipewire() {
