@@ -137,15 +137,20 @@ public:
     }
 
     /// When the sample before @p position was over. The samples of one period of the server arrive
-    /// at once, when it is over: faster than they are played. The last of them tells its time.
+    /// at once: not before the period is over, but later if the recording process is held up. Of
+    /// what arrived around the position, the promptest tells the time of all, by the sampling rate.
     double timeOf(size_t position) const
     {
-        size_t last = (position - 1) / fragmentSize;
-        while (last + 1 < m_fragments.size() &&
-               m_fragments[last + 1].arrival - m_fragments[last].arrival < fragmentDuration / 2)
-            ++last;
-        const size_t after = (last + 1) * fragmentSize - position;
-        return m_fragments[last].arrival - static_cast<double>(after) * 1000 / rate;
+        constexpr auto around = static_cast<size_t>(300 / fragmentDuration);
+        const size_t fragment = position / fragmentSize;
+        const size_t last = std::min(fragment + around, m_fragments.size());
+        double time = std::numeric_limits<double>::infinity();
+        for (size_t i = fragment - std::min(fragment, around); i < last; ++i) {
+            const auto distance =
+                static_cast<double>(position) - static_cast<double>((i + 1) * fragmentSize);
+            time = std::min(time, m_fragments[i].arrival + distance * 1000 / rate);
+        }
+        return time;
     }
 
     /// Whether the server's periods arrived as regularly from @p from to @p to as they are played:

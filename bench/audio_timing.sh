@@ -1,15 +1,20 @@
 #!/usr/bin/env bash
-# Measures when tokens are heard and when the reaction clock starts, on sound servers of its own.
+# Measures when tokens are heard and when the reaction clock starts, on sound servers of its own. The
+# processors are kept awake where the user may ask for that.
 #
 #   audio_timing.sh [plays per condition, 50]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+awake=
+if [ -w /dev/cpu_dma_latency ]; then
+    awake=--awake
+fi
 for server in "--period 1024" "--period 256" "--period 2048" --pulseaudio; do
     echo
-    echo "### ${server#--}"
+    echo "### ${server#--}${awake:+, processors kept awake}"
     echo
-    # shellcheck disable=SC2086 # an option and its value
-    scripts/private-session.sh --audio $server env QT_QPA_PLATFORM=offscreen \
+    # shellcheck disable=SC2086 # options and their values
+    scripts/private-session.sh $awake --audio $server env QT_QPA_PLATFORM=offscreen \
         build/bench/bench/audio_timing "${1:-50}"
 done
