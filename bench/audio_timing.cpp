@@ -287,6 +287,8 @@ public:
     {
         if (m_values.empty())
             return "none";
+        if (m_values.size() == 1)
+            return QString::asprintf("%+.2f", m_values.front());
         const auto n = static_cast<double>(m_values.size());
         double mean = 0;
         for (const double value : m_values)

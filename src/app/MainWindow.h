@@ -25,6 +25,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTextStream;
+class QTimer;
 class SubjectWindow;
 enum class Category;
 
@@ -225,6 +226,7 @@ protected:
     QBuffer *audioBuffer = nullptr;
     QAudioSink *audioSink = nullptr;
     StreamProgress streamProgress;
+    QTimer *stallTimer = nullptr; ///< runs while the sound server is to take samples
 
     bool centerFlag = true;
     double widthFraction = 0.8;
@@ -237,6 +239,7 @@ private:
     void beginPreparation(int sesTypeIndex);
     void prepareNextPresentation();
     void takeAnswer(Category answer);
+    void reportStop();
     void followStream();
     void endSound();
     void releaseAudioOutput();

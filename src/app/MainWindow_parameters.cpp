@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QMediaDevices>
 #include <QPushButton>
+#include <QTimer>
 
 #include <cmath>
 
@@ -69,6 +70,9 @@ void MainWindow::initParameters()
         font->setWeight(QFont::Normal);
 
     reactionTimer = new QElapsedTimer;
+    stallTimer = new QTimer(this);
+    stallTimer->setSingleShot(true);
+    connect(stallTimer, &QTimer::timeout, this, &MainWindow::reportStop);
 
     audioOutputFormat.setSampleRate(static_cast<int>(data.fs));
     audioOutputFormat.setChannelCount(1);

@@ -30,6 +30,10 @@ constexpr std::chrono::microseconds longestBuffer = 10s;
 /// that there must always be more.
 constexpr std::chrono::microseconds notBuffered = trailingSilence / 4;
 
+/// How long a server may take no samples before the operator is told: longer than one takes to wake
+/// an output up. Qt 6.11 does not tell that the server has died while a token plays.
+constexpr std::chrono::milliseconds longestStall = 5s;
+
 } // namespace
 
 void MainWindow::genWav()
@@ -112,6 +116,7 @@ void MainWindow::playOneSound()
     audioSink->setBufferSize(std::min<qsizetype>(
         audioOutputFormat.bytesForDuration(longestBuffer.count()),
         audioData->size() - audioOutputFormat.bytesForDuration(notBuffered.count())));
+    stallTimer->start(longestStall);
     audioSink->start(audioBuffer);
     handleAudioStateChanged(audioSink->state()); // some versions fail to start without a word
     streamProgress.start(before + soundWave.size());
@@ -123,14 +128,21 @@ void MainWindow::playOneSound()
 
 void MainWindow::handleAudioStateChanged(QAudio::State audioState)
 {
-    if (audioSink == nullptr)
-        return; // a late notification of an output that has been released
-    // Disconnecting makes it a single warning however often the stop is told.
-    if (audioState == QAudio::StoppedState && audioSink->error() != QAudio::NoError &&
-        audioSink->disconnect(this))
-        qWarning() << "Audio stopped unexpectedly";
+    // A late notification may be of an output that has been released.
+    if (audioSink != nullptr && audioState == QAudio::StoppedState &&
+        audioSink->error() != QAudio::NoError)
+        reportStop();
     // Idle tells neither the end of a sound, nor of the stream: a sink is idle as well when it has
     // run dry for a moment, and when it has read its source with all of that still in its buffer.
+}
+
+/// The output has stopped, or seems to. Disconnecting makes it a single warning however often that
+/// is told.
+void MainWindow::reportStop()
+{
+    stallTimer->stop();
+    if (audioSink->disconnect(this))
+        qWarning() << "Audio stopped unexpectedly";
 }
 
 qint64 MainWindow::nFramesTaken() const
@@ -145,8 +157,11 @@ void MainWindow::followStream()
 {
     if (audioSink->state() == QAudio::StoppedState)
         return;
+    const qint64 takenBefore = streamProgress.taken();
     const std::optional<qint64> unheard = streamProgress.unheard(
         nFramesTaken(), audioOutputFormat.framesForDuration(audioSink->processedUSecs()));
+    if (streamProgress.taken() > takenBefore && stallTimer->isActive())
+        stallTimer->start();
     const auto wait = unheard ? std::chrono::microseconds(audioOutputFormat.durationForFrames(
                                     static_cast<qint32>(*unheard)))
                               : 1ms;
@@ -187,6 +202,7 @@ void MainWindow::releaseAudioOutput()
     QBuffer *buffer = std::exchange(audioBuffer, nullptr);
     QByteArray *bytes = std::exchange(audioData, nullptr);
     if (sink != nullptr) {
+        stallTimer->stop();
         sink->disconnect(this);
         sink->reset(); // stop() may play what is left in the buffer first, and wait for it
         buffer->close();

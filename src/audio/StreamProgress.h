@@ -42,6 +42,9 @@ public:
     /// heard once the server has taken all of it, nothing as long as it has not.
     std::optional<qint64> unheard(qint64 taken, qint64 played);
 
+    /// How much of the stream had been taken at the last look.
+    qint64 taken() const { return m_taken; }
+
 private:
     qint64 m_block = 1024; ///< what the server asks for at a time; at first PipeWire's
     QList<qint64> m_steps; ///< what it has taken of this stream between two looks, in any order

@@ -18,10 +18,12 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
+#include <QTimer>
 
 namespace {
 
 constexpr int rate = 48000;
+constexpr int longToken = 3 * rate;
 const char *const stopWarning = "Audio stopped unexpectedly";
 
 void expectOneWarning()
@@ -44,6 +46,7 @@ private slots:
     void defaultOutputChanges();
     void outputSuspendedWhilePlaying();
     void outputSuspendedBefore();
+    void serverStallsWhilePlaying_data();
     void serverStallsWhilePlaying();
     void unsupportedFormat_data();
     void unsupportedFormat();
@@ -51,12 +54,15 @@ private slots:
 private:
     bool makeToken(const QString &name, int nSamples, quint32 seed) const;
     bool getReady(const QString &folder = "tokens") const;
+    bool getReadyForLongToken() const;
     bool start() const;
     bool awaitTaken(int nSamples) const;
     bool awaitFailure() const;
+    void awaitConnections(int nConnections) const;
     bool isLocked() const;
     bool leave() const;
-    void heardBeforeAnswering(const QByteArray &token);
+    void heardBeforeAnswering();
+    void sessionGoesOn();
     void sessionWorks();
 
     SoundServer m_server;
@@ -83,6 +89,12 @@ bool TestFaults::getReady(const QString &folder) const
     return m_window->subjectWindow->isVisible() && !m_window->isEnabled();
 }
 
+/// The same with a token during which something may happen.
+bool TestFaults::getReadyForLongToken() const
+{
+    return makeToken("MOV001.wav", longToken, 1) && getReady();
+}
+
 /// "I am ready": waits until the token is said to play.
 bool TestFaults::start() const
 {
@@ -97,16 +109,19 @@ bool TestFaults::awaitTaken(int nSamples) const
     return QTest::qWaitFor([&] { return m_window->nFramesTaken() > nSamples; }, longestWait);
 }
 
-/// Waits until the output has stopped by itself.
+/// Waits until the output has stopped by itself, or has been given up.
 bool TestFaults::awaitFailure() const
 {
     return QTest::qWaitFor(
-        [this] {
-            return m_window->audioSink != nullptr &&
-                   m_window->audioSink->state() == QAudio::StoppedState &&
-                   m_window->audioSink->error() != QAudio::NoError;
-        },
+        [this] { return m_window->audioSink != nullptr && !m_window->stallTimer->isActive(); },
         longestWait);
+}
+
+/// Gives Qt 6.4 the time to be connected anew, which it needs to play; newer versions do that when
+/// they play.
+void TestFaults::awaitConnections(int nConnections) const
+{
+    (void)QTest::qWaitFor([&] { return m_server.nConnections() == nConnections; }, longestWait);
 }
 
 bool TestFaults::isLocked() const
@@ -121,14 +136,20 @@ bool TestFaults::leave() const
            m_window->pushButtonPractice->isEnabled();
 }
 
-/// The end of @p token, which plays, is heard before it can be answered, and the session goes on.
-void TestFaults::heardBeforeAnswering(const QByteArray &token)
+/// The end of the long token, which plays, is heard before it can be answered.
+void TestFaults::heardBeforeAnswering()
 {
     Recording recording;
     QVERIFY(recording.isRunning());
     QVERIFY(isLocked());
     QVERIFY(awaitAnswering());
-    QVERIFY(recording.bytes().contains(token.last(64)));
+    QVERIFY(recording.bytes().contains(floatBytes(noise(longToken, 1)).last(64)));
+    sessionGoesOn();
+}
+
+/// The token can be answered, and the next session works.
+void TestFaults::sessionGoesOn()
+{
     click(subject("pushButtonChoice2"));
     QCOMPARE(m_window->data.entries.first().resp, "mother");
     QVERIFY(leave());
@@ -181,7 +202,7 @@ void TestFaults::serverDiesWhilePlaying()
     QVERIFY(isLocked());
 
     QVERIFY(leave());
-    QTRY_COMPARE_WITH_TIMEOUT(m_server.nConnections(), nConnections, longestWait);
+    awaitConnections(nConnections);
     sessionWorks();
 }
 
@@ -207,7 +228,7 @@ void TestFaults::serverGoneWhenPlaying()
     QVERIFY(isLocked());
 
     QVERIFY(leave());
-    QTRY_COMPARE_WITH_TIMEOUT(m_server.nConnections(), nConnections, longestWait);
+    awaitConnections(nConnections);
     sessionWorks();
 }
 
@@ -305,50 +326,66 @@ void TestFaults::defaultOutputChanges()
 // something to play, but a recording that was there before goes on in silence.
 void TestFaults::outputSuspendedWhilePlaying()
 {
-    constexpr int nSamples = 3 * rate;
-    QVERIFY(makeToken("MOV001.wav", nSamples, 1));
     QTest::failOnWarning(QRegularExpression(stopWarning));
-    QVERIFY(getReady());
+    QVERIFY(getReadyForLongToken());
     QVERIFY(start());
-    QVERIFY(awaitTaken(nSamples / 3));
+    QVERIFY(awaitTaken(longToken / 3));
 
     QVERIFY(m_server.suspendOutput("out", true));
     QVERIFY(isLocked());
     QVERIFY(m_server.suspendOutput("out", false));
-    heardBeforeAnswering(floatBytes(noise(nSamples, 1)));
+    heardBeforeAnswering();
 }
 
 // Catches a sleeping output that is not waited for, or waited for in vain.
 void TestFaults::outputSuspendedBefore()
 {
-    constexpr int nSamples = 3 * rate;
-    QVERIFY(makeToken("MOV001.wav", nSamples, 1));
     QTest::failOnWarning(QRegularExpression(stopWarning));
-    QVERIFY(getReady());
+    QVERIFY(getReadyForLongToken());
     QVERIFY(m_server.suspendOutput("out", true));
     QVERIFY(m_server.isSuspended("out"));
     QVERIFY(start());
     QVERIFY(isLocked());
     QVERIFY(m_server.suspendOutput("out", false));
-    heardBeforeAnswering(floatBytes(noise(nSamples, 1)));
+    heardBeforeAnswering();
+}
+
+void TestFaults::serverStallsWhilePlaying_data()
+{
+    QTest::addColumn<int>("duration");
+    QTest::addColumn<bool>("warning");
+
+    QTest::newRow("for a moment") << 2500 << false;
+    QTest::newRow("for long") << 6500 << true;
 }
 
 // Catches an end that is told by the clock: a server that stands still for longer than the token
-// would still last has not played it.
+// would still last has not played it. Catches as well that nothing is said of it, and that a
+// token which goes on in the end cannot be answered.
 void TestFaults::serverStallsWhilePlaying()
 {
-    constexpr int nSamples = 3 * rate;
-    QVERIFY(makeToken("MOV001.wav", nSamples, 1));
+    QFETCH(const int, duration);
+    QFETCH(const bool, warning);
+    if (warning)
+        QTest::ignoreMessage(QtWarningMsg, stopWarning);
     QTest::failOnWarning(QRegularExpression(stopWarning));
-    QVERIFY(getReady());
+    QVERIFY(getReadyForLongToken());
+    qint64 takenAtTheEnd = 0;
+    connect(m_window.get(), &MainWindow::soundPlaying, this, [&](int index) {
+        if (index == -1 && takenAtTheEnd == 0)
+            takenAtTheEnd = m_window->nFramesTaken();
+    });
     QVERIFY(start());
-    QVERIFY(awaitTaken(nSamples / 3));
+    QVERIFY(awaitTaken(longToken / 3));
 
     QVERIFY(m_server.pause(true));
-    QTest::qWait(2500);
+    QTest::qWait(duration);
     QVERIFY(isLocked());
+    // The virtual output may make up for the lost time at once, faster than anyone can record it.
     QVERIFY(m_server.pause(false));
-    heardBeforeAnswering(floatBytes(noise(nSamples, 1)));
+    QVERIFY(awaitAnswering());
+    QVERIFY(takenAtTheEnd >= longToken);
+    sessionGoesOn();
 }
 
 void TestFaults::unsupportedFormat_data()

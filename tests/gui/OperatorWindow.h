@@ -41,6 +41,7 @@ public:
     using MainWindow::randomSequence;
     using MainWindow::reactionTimer;
     using MainWindow::soundWave;
+    using MainWindow::stallTimer;
     using MainWindow::subjectWindow;
     using MainWindow::tokenIndex;
     using MainWindow::trialIndex;
