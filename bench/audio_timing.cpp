@@ -283,6 +283,8 @@ class Statistics
 public:
     void add(double value) { m_values.push_back(value); }
 
+    size_t count() const { return m_values.size(); }
+
     QString text() const
     {
         if (m_values.empty())
@@ -456,7 +458,6 @@ private:
         Statistics begin;
         Statistics zero;
         Statistics regularZero;
-        int nRegular = 0;
         Statistics timer;
         Statistics start;
         for (const Play &play : plays) {
@@ -472,15 +473,13 @@ private:
             }
             begin.add(heard.first - play.due);
             zero.add(play.ended - heard.end);
-            if (recording.isRegular(heard.end - before, heard.end + after)) {
+            if (recording.isRegular(heard.end - before, heard.end + after))
                 regularZero.add(play.ended - heard.end);
-                ++nRegular;
-            }
         }
         std::printf(
-            "| %s | %.2f %% | %d of %zu | %d | %s | %s | %d: %s | %s | %s |\n", qPrintable(name),
+            "| %s | %.2f %% | %d of %zu | %d | %s | %s | %zu: %s | %s | %s |\n", qPrintable(name),
             100.0 * static_cast<double>(received) / static_cast<double>(sent), whole, plays.size(),
-            cut, qPrintable(begin.text()), qPrintable(zero.text()), nRegular,
+            cut, qPrintable(begin.text()), qPrintable(zero.text()), regularZero.count(),
             qPrintable(regularZero.text()), qPrintable(timer.text()), qPrintable(start.text()));
         std::fflush(stdout);
     }

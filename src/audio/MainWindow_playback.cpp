@@ -160,7 +160,7 @@ void MainWindow::followStream()
     const qint64 takenBefore = streamProgress.taken();
     const std::optional<qint64> unheard = streamProgress.unheard(
         nFramesTaken(), audioOutputFormat.framesForDuration(audioSink->processedUSecs()));
-    if (streamProgress.taken() > takenBefore && stallTimer->isActive())
+    if (streamProgress.taken() > takenBefore)
         stallTimer->start();
     const auto wait = unheard ? std::chrono::microseconds(audioOutputFormat.durationForFrames(
                                     static_cast<qint32>(*unheard)))
