@@ -33,22 +33,52 @@ std::int64_t remainingBytes(std::ifstream &file)
     return std::max<std::int64_t>(end - position, 0);
 }
 
-double fromUnsigned8(const unsigned char *bytes)
+/// The integer whose bytes, lowest first, stand at @p bytes, aligned or not.
+template<typename Integer>
+Integer integerAt(const char *bytes)
 {
-    return (bytes[0] - 128) * 0.0078125;
+    Integer value;
+    std::memcpy(&value, bytes, sizeof(value));
+    return value;
 }
 
-double fromSigned16(const unsigned char *bytes)
+double fromUnsigned8(std::uint8_t value)
 {
-    const auto value = static_cast<std::int16_t>(bytes[0] | bytes[1] << 8);
+    return (value - 128) * 0.0078125;
+}
+
+double fromSigned16(std::int16_t value)
+{
     return value * 3.0517578125e-05;
 }
 
-/// The most negative code yields +1.0: the strict comparison is intended.
-double fromSigned24(const unsigned char *bytes)
+/// Takes the lowest 24 bits of @p value. The most negative code yields +1.0 on purpose: the sign is
+/// extended while the value is 1 lower, which makes that code the most positive one. Without a
+/// comparison the sign of a sample, which no processor can predict, costs no time.
+double fromSigned24(std::uint32_t value)
 {
-    const double value = (bytes[0] | bytes[1] << 8 | bytes[2] << 16) * 1.1920928955078125e-07;
-    return value > 1.0 ? value - 2.0 : value;
+    const auto oneLower = static_cast<std::int32_t>((value - 1) << 8) >> 8;
+    return (oneLower + 1) * 1.1920928955078125e-07;
+}
+
+/// How many samples the raw bytes of @p wav make; none when they are not complete.
+std::size_t convertibleSamples(const CWav &wav)
+{
+    if (wav.bytesRead < 1 || wav.bytesRead != wav.dataSize)
+        return 0;
+    switch (wav.bitsPerSample) {
+    case 8:
+    case 16:
+        // After a rejected header numSamples still counts the file before it, whose samples may
+        // have been of another size.
+        return std::int64_t{wav.numSamples} * (wav.bitsPerSample / 8) <= wav.bytesRead
+                   ? wav.numSamples
+                   : 0;
+    case 24:
+        return (std::size_t{wav.dataSize} + 2) / 3; // a trailing fragment counts
+    default:
+        return 0;
+    }
 }
 
 } // namespace
@@ -128,29 +158,34 @@ bool CWav::LoadWav(std::string filename)
 
 double *CWav::ConvertData()
 {
-    sampleVector.clear();
-    // After a rejected header numSamples still counts the file before it, whose samples may have
-    // been of another size.
-    const bool complete = bytesRead >= 1 && bytesRead == dataSize &&
-                          std::int64_t{numSamples} * (bitsPerSample / 8) <= bytesRead;
-    const auto *bytes = reinterpret_cast<const unsigned char *>(rawData);
-    if (complete && sampleVector.capacity() < numSamples)
-        sampleVector.reserve(numSamples);
+    // Elements the vector has already are overwritten rather than removed and filled with zeros
+    // first. Only where new memory is needed they go, so that they are not copied.
+    const std::size_t count = convertibleSamples(*this);
+    if (sampleVector.capacity() < count) {
+        sampleVector.clear();
+        sampleVector.reserve(count);
+    }
+    sampleVector.resize(count);
+    samples = sampleVector.data();
 
     switch (bitsPerSample) {
     case 8:
-        for (std::uint32_t i = 0; complete && i < numSamples; ++i)
-            sampleVector.push_back(fromUnsigned8(bytes + i));
+        for (std::size_t i = 0; i < count; ++i)
+            samples[i] = fromUnsigned8(integerAt<std::uint8_t>(rawData + i));
         break;
     case 16:
-        for (std::uint32_t i = 0; complete && i < numSamples; ++i)
-            sampleVector.push_back(fromSigned16(bytes + std::size_t{2} * i));
+        for (std::size_t i = 0; i < count; ++i)
+            samples[i] = fromSigned16(integerAt<std::int16_t>(rawData + 2 * i));
         break;
     case 24:
-        for (std::uint64_t start = 0; complete && start < dataSize; start += 3) {
-            unsigned char sample[3] = {}; // zeros complete a trailing fragment
-            std::memcpy(sample, bytes + start, std::min<std::uint64_t>(3, dataSize - start));
-            sampleVector.push_back(fromSigned24(sample));
+        if (count > 0) {
+            // Four bytes are read for each sample, which the last one may not have.
+            const std::size_t last = count - 1;
+            for (std::size_t i = 0; i < last; ++i)
+                samples[i] = fromSigned24(integerAt<std::uint32_t>(rawData + 3 * i));
+            char padded[4] = {};
+            std::memcpy(padded, rawData + 3 * last, dataSize - 3 * last);
+            samples[last] = fromSigned24(integerAt<std::uint32_t>(padded));
         }
         break;
     case 32:
@@ -160,7 +195,6 @@ double *CWav::ConvertData()
         std::cerr << "Not recognizable bits per sample. " << std::endl;
         break;
     }
-    samples = sampleVector.data();
     return samples;
 }
 

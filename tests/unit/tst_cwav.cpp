@@ -4,6 +4,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <sstream>
@@ -60,6 +64,17 @@ QByteArray four(const char (&text)[4])
     return {text, 4};
 }
 
+/// The sample whose @p bits bits, taken unsigned, are @p code: offset for 8 bits, signed for 16 and
+/// 24, with +1 for the most negative code of 24 bits.
+double sampleOf(std::uint32_t code, int bits)
+{
+    const double value = std::ldexp(code, 1 - bits);
+    if (bits == 8)
+        return value - 1;
+    const bool negative = bits == 16 ? value >= 1 : value > 1;
+    return negative ? value - 2 : value;
+}
+
 QByteArray contents(const QString &path)
 {
     QFile file(path);
@@ -101,6 +116,13 @@ private slots:
     void reloading();
     void truncatedAfterComplete();
 
+    void everyCode_data();
+    void everyCode();
+    void capacity_data();
+    void capacity();
+
+    void convertByAnotherCount_data();
+    void convertByAnotherCount();
     void convertOtherSizes_data();
     void convertOtherSizes();
 
@@ -566,6 +588,120 @@ void TestCWav::truncatedAfterComplete()
     QCOMPARE(wav.bytesRead, 5);
     QCOMPARE(wav.numSamples, 3U);
     QVERIFY(wav.sampleVector.empty());
+}
+
+void TestCWav::everyCode_data()
+{
+    QTest::addColumn<int>("bits");
+    for (const int bits : {8, 16, 24})
+        QTest::addRow("%d", bits) << bits;
+}
+
+// Catches a conversion that is wrong, if only in the last bit or the sign of zero, for some code.
+void TestCWav::everyCode()
+{
+    QFETCH(const int, bits);
+    const std::uint32_t nCodes = 1U << bits;
+    WavBytes file{.bitsPerSample = static_cast<std::uint16_t>(bits)};
+    file.data.reserve(static_cast<qsizetype>(nCodes) * bits / 8);
+    for (std::uint32_t code = 0; code < nCodes; ++code)
+        for (int shift = 0; shift < bits; shift += 8)
+            file.data.append(static_cast<char>(code >> shift & 0xFF));
+    QVERIFY(writeFile(path(), file.bytes()));
+    CWav wav;
+    QVERIFY(load(wav, path()).result);
+    QCOMPARE(wav.sampleVector.size(), std::size_t{nCodes});
+
+    for (std::uint32_t code = 0; code < nCodes; ++code) {
+        const double expected = sampleOf(code, bits);
+        if (std::bit_cast<std::uint64_t>(wav.samples[code]) !=
+            std::bit_cast<std::uint64_t>(expected))
+            QFAIL(qPrintable(QString("code %1: %2 instead of %3")
+                                 .arg(code)
+                                 .arg(wav.samples[code], 0, 'g', 17)
+                                 .arg(expected, 0, 'g', 17)));
+    }
+}
+
+void TestCWav::capacity_data()
+{
+    everyCode_data();
+}
+
+// Catches a vector that grows beyond what a file needs, and one that is given back for a smaller
+// file.
+void TestCWav::capacity()
+{
+    QFETCH(const int, bits);
+    CWav wav;
+    std::size_t largest = 0;
+    for (const int nSamples : {1000, 1001, 10, 0, 1001, 5000}) {
+        QVERIFY(writeFile(path(), WavBytes{.bitsPerSample = static_cast<std::uint16_t>(bits),
+                                           .data = QByteArray(nSamples * bits / 8, '\x11')}
+                                      .bytes()));
+        QVERIFY(load(wav, path()).result);
+        QCOMPARE(wav.numSamples, static_cast<std::uint32_t>(nSamples));
+        largest = std::max(largest, static_cast<std::size_t>(nSamples));
+        QCOMPARE(wav.sampleVector.capacity(), largest);
+    }
+}
+
+void TestCWav::convertByAnotherCount_data()
+{
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<int>("nBytes");
+    QTest::addColumn<uint>("numSamples");
+    QTest::addColumn<QList<double>>("expected");
+
+    // The bytes are 0x40, 0x41, ...
+    using Samples = QList<double>;
+    const Samples none;
+    const Samples three8 = {-64 / 128.0, -63 / 128.0, -62 / 128.0};
+    const Samples three16 = {0x4140 / 32768.0, 0x4342 / 32768.0, 0x4544 / 32768.0};
+    const Samples three24 = {0x424140 / 8388608.0, 0x454443 / 8388608.0, 0x46 / 8388608.0};
+    QTest::newRow("8 bits: none") << 8 << 3 << 0U << none;
+    QTest::newRow("8 bits: fewer") << 8 << 4 << 3U << three8;
+    QTest::newRow("8 bits: as many") << 8 << 3 << 3U << three8;
+    QTest::newRow("8 bits: one more") << 8 << 3 << 4U << none;
+    QTest::newRow("8 bits: 4 Gi - 1") << 8 << 3 << 4294967295U << none;
+    QTest::newRow("16 bits: none") << 16 << 6 << 0U << none;
+    QTest::newRow("16 bits: fewer") << 16 << 8 << 3U << three16;
+    QTest::newRow("16 bits: as many") << 16 << 6 << 3U << three16;
+    QTest::newRow("16 bits: as many and a byte") << 16 << 7 << 3U << three16;
+    QTest::newRow("16 bits: half a one more") << 16 << 7 << 4U << none;
+    QTest::newRow("16 bits: one more") << 16 << 6 << 4U << none;
+    QTest::newRow("16 bits: as many as bytes") << 16 << 6 << 6U << none;
+    QTest::newRow("16 bits: 2 Gi, twice that is 0 in 32 bits") << 16 << 6 << 2147483648U << none;
+    QTest::newRow("16 bits: 4 Gi - 1") << 16 << 6 << 4294967295U << none;
+    for (const uint numSamples : {0U, 1U, 2U, 3U, 7U, 100U, 4294967295U}) {
+        QTest::addRow("24 bits and a fragment: %u", numSamples) << 24 << 7 << numSamples << three24;
+    }
+    QTest::newRow("24 bits: more") << 24 << 6 << 100U << three24.first(2);
+    QTest::newRow("24 bits: fewer") << 24 << 6 << 1U << three24.first(2);
+}
+
+// Catches samples made of what lies behind the bytes when numSamples is not that of the bytes, a
+// check of it where it does not decide, and memory asked for on its word.
+void TestCWav::convertByAnotherCount()
+{
+    QFETCH(const int, bits);
+    QFETCH(const int, nBytes);
+    QFETCH(const uint, numSamples);
+    QFETCH(const QList<double>, expected);
+    WavBytes file{.bitsPerSample = static_cast<std::uint16_t>(bits)};
+    for (int i = 0; i < nBytes; ++i)
+        file.data.append(static_cast<char>(0x40 + i));
+    QVERIFY(writeFile(path(), file.bytes()));
+    CWav wav;
+    QVERIFY(load(wav, path()).result);
+    wav.numSamples = numSamples;
+    wav.sampleVector = std::vector<double>();
+    const double *const converted = wav.ConvertData();
+    QVERIFY(samplesOf(wav) == expected);
+    QVERIFY(converted == wav.sampleVector.data());
+    QVERIFY(wav.samples == converted);
+    QCOMPARE(wav.numSamples, numSamples);
+    QVERIFY(wav.sampleVector.capacity() <= 10);
 }
 
 void TestCWav::convertOtherSizes_data()
