@@ -25,6 +25,8 @@ if [ "${1:-}" = --bench ]; then
         libbenchmark-dev
         # The transforms of others to compare with
         libfftw3-dev libgsl-dev libeigen3-dev
+        # The reader of sound files to compare with
+        libsndfile1-dev
         # The other sound server, and a recorder that tells when each sample arrived
         pulseaudio libpulse-dev pkg-config
     )
