@@ -9,6 +9,8 @@ packages=(
     # Building
     build-essential cmake ninja-build clang-format-14
     qt6-base-dev qt6-charts-dev qt6-multimedia-dev
+    # Another compiler, and one for another processor, for the transform's test
+    clang g++-aarch64-linux-gnu qemu-user
     # Qt Charts' CMake package looks for these two without depending on them
     libqt6opengl6-dev libgl1-mesa-dev
     # Text in the windows, with and without a screen

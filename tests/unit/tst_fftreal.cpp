@@ -1,6 +1,7 @@
 #include "plots/DynArray.h"
 #include "plots/FFTReal.h"
 #include "plots/Oscillator.h"
+#include "unit/ExactTransform.h"
 
 #include <QList>
 #include <QTest>
@@ -11,8 +12,10 @@
 #include <limits>
 #include <new>
 #include <numbers>
+#include <numeric>
 #include <random>
 #include <type_traits>
+#include <vector>
 
 namespace {
 
@@ -61,7 +64,6 @@ namespace {
 /// The kind of number that is transformed; each one makes a program of its own of this file.
 using Real = OSTRINE_REAL;
 using Values = QList<Real>;
-using Exact = long double;
 
 /// The rounding unit that bounds are counted in.
 constexpr Real epsilon = std::numeric_limits<Real>::epsilon();
@@ -103,101 +105,6 @@ Values transformed(const Values &input)
     Values output(input.size(), std::numeric_limits<Real>::quiet_NaN());
     FFTReal<Real>(input.size()).do_fft(output.data(), input.constData());
     return output;
-}
-
-/// A sum that keeps what its additions round away, since the longest kind of number must be its own
-/// reference.
-class ExactSum
-{
-public:
-    void add(Exact summand)
-    {
-        const Exact sum = m_sum + summand;
-        m_lost +=
-            std::abs(m_sum) < std::abs(summand) ? summand - sum + m_sum : m_sum - sum + summand;
-        m_sum = sum;
-    }
-    Exact value() const { return m_sum + m_lost; }
-
-private:
-    Exact m_sum = 0;
-    Exact m_lost = 0;
-};
-
-/// Bins of the transform of @p input by its definition, in extended precision.
-class Definition
-{
-public:
-    explicit Definition(const Values &input)
-        : m_input(input)
-        , m_cos(input.size())
-        , m_sin(input.size())
-    {
-        for (qsizetype n = 0; n < input.size(); ++n) {
-            const Exact angle = 2 * std::numbers::pi_v<Exact> * static_cast<Exact>(n) /
-                                static_cast<Exact>(input.size());
-            m_cos[n] = std::cos(angle);
-            m_sin[n] = std::sin(angle);
-        }
-    }
-
-    struct Bin
-    {
-        Exact re = 0;
-        Exact minusIm = 0;
-    };
-
-    Bin bin(qsizetype k) const
-    {
-        const Real *const x = m_input.constData();
-        const Exact *const cosine = m_cos.constData();
-        const Exact *const sine = m_sin.constData();
-        const qsizetype length = m_input.size();
-        ExactSum re;
-        ExactSum minusIm;
-        qsizetype turn = 0; // k n modulo the length
-        for (qsizetype n = 0; n < length; ++n) {
-            re.add(x[n] * cosine[turn]);
-            minusIm.add(x[n] * sine[turn]);
-            turn = (turn + k) & (length - 1);
-        }
-        return {re.value(), minusIm.value()};
-    }
-
-private:
-    Values m_input;
-    QList<Exact> m_cos;
-    QList<Exact> m_sin;
-};
-
-/// How far @p output is from @p definition in the given bins: the root of the summed squares of the
-/// differences by that of the bins' own.
-double relativeError(const Values &output, const QList<qsizetype> &bins,
-                     const QList<Definition::Bin> &definition)
-{
-    const qsizetype half = output.size() / 2;
-    Exact difference = 0;
-    Exact magnitude = 0;
-    const auto add = [&](Real value, Exact exact) {
-        difference += (value - exact) * (value - exact);
-        magnitude += exact * exact;
-    };
-    for (qsizetype i = 0; i < bins.size(); ++i) {
-        const qsizetype k = bins[i];
-        add(output[k], definition[i].re);
-        if (k > 0 && k < half)
-            add(output[half + k], definition[i].minusIm);
-    }
-    return static_cast<double>(std::sqrt(difference / magnitude));
-}
-
-/// The largest relative error a transform of 2^@p bits values may have. An oscillator's error grows
-/// with its steps, of which the last pass makes 2^(bits - 2).
-double tolerance(int bits)
-{
-    const bool fromTables = bits <= FFTReal<Real>::TRIGO_BD_LIMIT + 1;
-    return static_cast<double>(epsilon) *
-           (fromTables ? 0.5 * (bits + 1) : std::ldexp(1.0, bits - 5));
 }
 
 /// Whether the numbers are the same. The operator of the lists would compare the bytes, of which a
@@ -257,54 +164,52 @@ private slots:
     void tables();
     void oscillator();
     void dynArray();
+
+private:
+    /// Compares the transform of noise with its definition in the given bins.
+    static void compareWithDefinition(int bits, const std::vector<std::int64_t> &bins);
 };
+
+void TestFFTReal::compareWithDefinition(int bits, const std::vector<std::int64_t> &bins)
+{
+    const qsizetype length = qsizetype(1) << bits;
+    const Values input = noise(length, 100U + static_cast<unsigned>(bits));
+    const ExactTurn turn(length);
+    std::vector<ExactBin> expected;
+    for (const std::int64_t k : bins)
+        expected.push_back(exactBin(turn, input.constData(), k));
+    const double error = relativeError(transformed(input).constData(), length, bins, expected);
+    qInfo("relative error %.2g", error);
+    QVERIFY(error < tolerance<Real>(bits));
+
+    if (bits >= 3) {
+        Values output(length);
+        OpenTransform(length).transform_baseline(output.data(), input.constData());
+        QVERIFY(relativeError(output.constData(), length, bins, expected) < tolerance<Real>(bits));
+    }
+}
 
 // Catches any error of a pass or a table, in the version for this processor and in that for all.
 void TestFFTReal::allBins()
 {
     QFETCH(const int, bits);
-    const qsizetype length = qsizetype(1) << bits;
-    const Values input = noise(length, 100U + static_cast<unsigned>(bits));
-    const Definition definition(input);
-    QList<qsizetype> bins;
-    QList<Definition::Bin> expected;
-    for (qsizetype k = 0; k <= length / 2; ++k) {
-        bins.append(k);
-        expected.append(definition.bin(k));
-    }
-    const double error = relativeError(transformed(input), bins, expected);
-    qInfo("relative error %.2g", error);
-    QVERIFY(error < tolerance(bits));
-
-    if (bits >= 3) {
-        Values output(length);
-        OpenTransform(length).transform_baseline(output.data(), input.constData());
-        QVERIFY(relativeError(output, bins, expected) < tolerance(bits));
-    }
+    std::vector<std::int64_t> bins((std::size_t(1) << bits) / 2 + 1);
+    std::iota(bins.begin(), bins.end(), 0);
+    compareWithDefinition(bits, bins);
 }
 
 // Catches an oscillator that drifts or belongs to another pass, up to lengths of 2^18.
 void TestFFTReal::someBins()
 {
     QFETCH(const int, bits);
-    const qsizetype length = qsizetype(1) << bits;
-    const Values input = noise(length, 100U + static_cast<unsigned>(bits));
-    const Definition definition(input);
-    QList<qsizetype> bins = {0, 1, 2, length / 4 - 1, length / 4, length / 2 - 1, length / 2};
+    const std::int64_t length = std::int64_t(1) << bits;
+    std::vector<std::int64_t> bins = {0,         1, 2, length / 4 - 1, length / 4, length / 2 - 1,
+                                      length / 2};
     std::mt19937 generator(static_cast<unsigned>(bits));
-    std::uniform_int_distribution<qsizetype> bin(3, length / 2 - 2);
+    std::uniform_int_distribution<std::int64_t> bin(3, length / 2 - 2);
     while (bins.size() < 24)
-        bins.append(bin(generator));
-    QList<Definition::Bin> expected;
-    for (const qsizetype k : bins)
-        expected.append(definition.bin(k));
-    const double error = relativeError(transformed(input), bins, expected);
-    qInfo("relative error %.2g", error);
-    QVERIFY(error < tolerance(bits));
-
-    Values output(length);
-    OpenTransform(length).transform_baseline(output.data(), input.constData());
-    QVERIFY(relativeError(output, bins, expected) < tolerance(bits));
+        bins.push_back(bin(generator));
+    compareWithDefinition(bits, bins);
 }
 
 void TestFFTReal::layout_data()
@@ -362,7 +267,7 @@ void TestFFTReal::impulse()
                 expected[length / 2 + k] = static_cast<Real>(std::sin(angle));
         }
         // The largest error, not the mean one, and that of the expected angle.
-        QVERIFY(largestDifference(transformed(input), expected) < 4 * tolerance(bits));
+        QVERIFY(largestDifference(transformed(input), expected) < 4 * tolerance<Real>(bits));
     }
 }
 
@@ -398,10 +303,10 @@ void TestFFTReal::waveOnABin()
     }
     Values expected(length, 0.0);
     expected[cycles] = peak;
-    QVERIFY(largestDifference(transformed(cosine), expected) < tolerance(bits) * peak);
+    QVERIFY(largestDifference(transformed(cosine), expected) < tolerance<Real>(bits) * peak);
     expected[cycles] = 0.0;
     expected[length / 2 + cycles] = peak;
-    QVERIFY(largestDifference(transformed(sine), expected) < tolerance(bits) * peak);
+    QVERIFY(largestDifference(transformed(sine), expected) < tolerance<Real>(bits) * peak);
 }
 
 // Catches an operation that is no sum of the input's values.
@@ -438,7 +343,7 @@ void TestFFTReal::energy()
         ofOutput.add(Exact(output[n]) * output[n] * (once ? 1 : 2));
     }
     const Exact expected = ofInput.value() * static_cast<Exact>(length);
-    QVERIFY(std::abs(ofOutput.value() / expected - 1) < tolerance(bits));
+    QVERIFY(std::abs(ofOutput.value() / expected - 1) < tolerance<Real>(bits));
 }
 
 // Catches a changed input, and values written beside the output or left out in it.
