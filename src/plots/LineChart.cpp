@@ -2,9 +2,14 @@
 
 #include <QChart>
 #include <QChartView>
+#include <QGraphicsLayout>
 #include <QLegend>
 #include <QLineSeries>
 #include <QValueAxis>
+
+#include <cmath>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -15,6 +20,77 @@ QValueAxis *createAxis(const QString &title, const ChartFonts &fonts)
     axis->setTitleFont(fonts.axisTitles);
     axis->setLabelsFont(fonts.axisLabels);
     return axis;
+}
+
+/// Labels the value of an axis whose ends are equal. Qt derives the decimals of a label from the
+/// distance of the ticks, which a single tick does not have.
+constexpr auto singleValueFormat = "%.6g"_L1;
+
+/// Whether Qt takes the ends of @p range for equal, so that it does not lay them out.
+bool isSingleValue(AxisRange range)
+{
+    return qFuzzyIsNull(range.max - range.min) || qFuzzyCompare(range.min, range.max);
+}
+
+AxisRange rangeOf(const QValueAxis *axis)
+{
+    return {axis->min(), axis->max()};
+}
+
+void setRange(QValueAxis *axis, AxisRange range)
+{
+    axis->setRange(range.min, range.max);
+}
+
+/// Lays @p axis out for @p range, or for one around its value when the ends are equal, with that
+/// value in the middle and at the only tick.
+void layOutAxis(QValueAxis *axis, AxisRange range)
+{
+    // Ticks at a fixed distance could be millions in a range that they are not meant for.
+    axis->setTickType(QValueAxis::TicksFixed);
+    if (!isSingleValue(range)) {
+        if (axis->labelFormat() == singleValueFormat)
+            axis->setLabelFormat(QString());
+        setRange(axis, range);
+        return;
+    }
+    if (axis->labelFormat().isEmpty())
+        axis->setLabelFormat(singleValueFormat);
+    const double value = range.min;
+    const double width = qFuzzyIsNull(value) ? 1 : std::abs(value);
+    setRange(axis, {value - width / 2, value + width / 2});
+    axis->setTickAnchor(value);
+    axis->setTickInterval(width);
+    axis->setTickType(QValueAxis::TicksDynamic);
+}
+
+/// Lays the axes out for these ranges. The layout is finished here: one that waited for the event
+/// loop would find ends that are equal by then and leave no room for their label.
+void layOutAxes(const LineChart &chart, AxisRange horizontal, AxisRange vertical)
+{
+    layOutAxis(chart.horizontalAxis, horizontal);
+    layOutAxis(chart.verticalAxis, vertical);
+    chart.chart->layout()->activate();
+}
+
+/// Sets ends that are equal, which layOutAxes does not. Qt leaves the layout as it is then.
+void setRanges(const LineChart &chart, AxisRange horizontal, AxisRange vertical)
+{
+    setRange(chart.horizontalAxis, horizontal);
+    setRange(chart.verticalAxis, vertical);
+}
+
+/// Lays a chart out in its new size where Qt does not: when the ends of an axis are equal.
+void followSize(const LineChart &chart)
+{
+    QObject::connect(chart.chart, &QChart::geometryChanged, chart.chart, [chart] {
+        const AxisRange horizontal = rangeOf(chart.horizontalAxis);
+        const AxisRange vertical = rangeOf(chart.verticalAxis);
+        if (isSingleValue(horizontal) || isSingleValue(vertical)) {
+            layOutAxes(chart, horizontal, vertical);
+            setRanges(chart, horizontal, vertical);
+        }
+    });
 }
 
 } // namespace
@@ -39,7 +115,19 @@ LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int 
     created.chart->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
     created.chart->setMinimumWidth(minimumWidth);
 
+    followSize(created);
+
     created.view = new QChartView(created.chart);
     created.view->setRenderHint(QPainter::Antialiasing);
     return created;
+}
+
+void showLine(const LineChart &chart, const QList<QPointF> &points, AxisRange horizontal,
+              AxisRange vertical)
+{
+    // A chart lays its line out anew at every change of a range: without points that takes no time.
+    chart.series->clear();
+    layOutAxes(chart, horizontal, vertical);
+    chart.series->replace(points);
+    setRanges(chart, horizontal, vertical);
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QFont>
+#include <QList>
+#include <QPointF>
 #include <QString>
 
 class QChart;
@@ -24,6 +26,13 @@ struct ChartTexts
     QString verticalAxis;
 };
 
+/// What an axis goes from and to.
+struct AxisRange
+{
+    double min;
+    double max;
+};
+
 /// A chart of one line over two value axes. All pointers are null until it is created; from then on
 /// the view owns everything and is owned by whoever places it.
 struct LineChart
@@ -38,3 +47,8 @@ struct LineChart
 /// An empty chart at least @p minimumWidth pixels wide: without a legend, without margins, drawn
 /// with antialiasing. Ranges and label formats are left as Qt sets them.
 LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int minimumWidth);
+
+/// Shows the line through @p points over these ranges, in place of the line and the ranges before.
+/// An axis whose ends are equal is drawn with their value in its middle, as its only label.
+void showLine(const LineChart &chart, const QList<QPointF> &points, AxisRange horizontal,
+              AxisRange vertical);

@@ -39,6 +39,7 @@ void MainWindow::displayEmptyTrend()
 
 void MainWindow::updateTrend()
 {
+    AxisRange tokens = {trendChart.horizontalAxis->min(), trendChart.horizontalAxis->max()};
     if (trialIndex == 0 && nTokens > 0) {
         trendX.resize(nTokens);
         trendY.resize(nTokens);
@@ -48,17 +49,16 @@ void MainWindow::updateTrend()
             trendY[i] = 0;
             trendPoints[i] = QPointF(i + 1, 0);
         }
-        trendChart.horizontalAxis->setRange(1, nTokens);
+        tokens = {1, static_cast<double>(nTokens)};
         trendChart.horizontalAxis->setLabelFormat(u"%g"_s);
-        // An axis has two ticks at least and ignores a smaller count: for a single token it would
-        // keep those of the session before.
+        // An axis has two ticks at least and ignores a smaller count. For a single token none of
+        // them is drawn (see showLine).
         trendChart.horizontalAxis->setTickCount(std::max(nTokens, 2));
     }
-    trendChart.series->replace(trendPoints);
-    if (trendY.isEmpty()) {
-        trendChart.verticalAxis->setRange(0, leastCountsShown);
-        return;
+    AxisRange counts = {0, leastCountsShown};
+    if (!trendY.isEmpty()) {
+        trendRange = valueRange(trendY);
+        counts.max = std::max(trendRange.at(1), leastCountsShown);
     }
-    trendRange = valueRange(trendY);
-    trendChart.verticalAxis->setRange(0, std::max(trendRange.at(1), leastCountsShown));
+    showLine(trendChart, trendPoints, tokens, counts);
 }

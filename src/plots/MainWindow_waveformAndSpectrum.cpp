@@ -43,11 +43,8 @@ void MainWindow::displayWav()
     updateNPointsToPlot();
     wavePoints = plotPoints(timeAxis, soundWave, data.nPointsToPlot);
     waveRange = valueRange(soundWave);
-    // A chart lays its line out anew at every change of a range: without points that takes no time.
-    waveformChart.series->clear();
-    waveformChart.horizontalAxis->setRange(0, data.nPointsToPlot / data.fs * 1000);
-    waveformChart.verticalAxis->setRange(waveRange.at(0), waveRange.at(1));
-    waveformChart.series->replace(wavePoints);
+    showLine(waveformChart, wavePoints, {0, data.nPointsToPlot / data.fs * 1000},
+             {waveRange.at(0), waveRange.at(1)});
 }
 
 void MainWindow::genFFT()
@@ -64,7 +61,8 @@ void MainWindow::genFFT()
 void MainWindow::displayFFT()
 {
     spectrumPoints = plotPoints(frequencies, amplitudes, data.nFreqPointsToPlot);
-    spectrumChart.series->replace(spectrumPoints);
     spectrumRange = valueRange(amplitudes);
-    spectrumChart.verticalAxis->setRange(spectrumRange.at(0), spectrumRange.at(1));
+    const QValueAxis *frequencyAxis = spectrumChart.horizontalAxis;
+    showLine(spectrumChart, spectrumPoints, {frequencyAxis->min(), frequencyAxis->max()},
+             {spectrumRange.at(0), spectrumRange.at(1)});
 }

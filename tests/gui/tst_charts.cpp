@@ -8,6 +8,7 @@
 #include <QChartView>
 #include <QCheckBox>
 #include <QElapsedTimer>
+#include <QGraphicsTextItem>
 #include <QGridLayout>
 #include <QLegend>
 #include <QLineEdit>
@@ -62,6 +63,55 @@ QRect cellOf(const QGridLayout *grid, QWidget *widget)
     return {column, row, columnSpan, rowSpan};
 }
 
+/// The texts that are painted beside the plot area of @p chart, the titles aside: below it those of
+/// the horizontal axis, left of it those of the vertical axis.
+QStringList labels(const LineChart &chart, Qt::Orientation orientation)
+{
+    const QRectF plot = chart.chart->mapRectToScene(chart.chart->plotArea());
+    const QStringList titles = {chart.horizontalAxis->titleText(), chart.verticalAxis->titleText()};
+    QStringList found;
+    for (QGraphicsItem *item : chart.view->scene()->items()) {
+        const auto *text = dynamic_cast<QGraphicsTextItem *>(item);
+        if (text == nullptr || !text->isVisible() || titles.contains(text->toPlainText()))
+            continue;
+        const QPointF centre = text->sceneBoundingRect().center();
+        const bool below = centre.y() > plot.bottom() + text->font().pixelSize() / 2.0;
+        if (orientation == Qt::Horizontal ? below : !below && centre.x() < plot.left())
+            found.append(text->toPlainText());
+    }
+    found.removeAll(QString());
+    return found;
+}
+
+/// The plot area of @p chart in the pixels of its view.
+QRect plotArea(const LineChart &chart)
+{
+    return chart.view->mapFromScene(chart.chart->mapToScene(chart.chart->plotArea()))
+        .boundingRect();
+}
+
+/// The smallest rectangle around the pixels in the plot area that have the colour of the line; null
+/// when there are none.
+QRect paintedLine(const LineChart &chart)
+{
+    const QImage image = chart.view->grab().toImage();
+    const QRect area = plotArea(chart).intersected(image.rect());
+    QRect line;
+    for (int x = area.left(); x <= area.right(); ++x) {
+        for (int y = area.top(); y <= area.bottom(); ++y) {
+            if (image.pixelColor(x, y) == chart.series->color())
+                line |= QRect(x, y, 1, 1);
+        }
+    }
+    return line;
+}
+
+/// Lets the charts do what they leave to the event loop.
+void settle()
+{
+    QTest::qWait(10);
+}
+
 } // namespace
 
 Q_DECLARE_METATYPE(ChartMember)
@@ -97,13 +147,23 @@ private slots:
     void nextTokenReplacesTheFirst();
     void otherSamplingRate();
 
+    void equalEnds_data();
+    void equalEnds();
+    void spanIsRenewedForTheChart();
+    void transformRenewsItsDuration();
+    void spectrumRangeCoversAllBins();
+    void threeChannels_data();
+    void threeChannels();
+
     void trendBeforeTheFirstAnswer_data();
     void trendBeforeTheFirstAnswer();
     void motherAnswers_data();
     void motherAnswers();
     void strangerAnswers();
     void trendStaysWithoutTokens();
+    void trendWithoutCountsIsRefilled();
     void trendIsResetByTheNextSession();
+    void oneTokenAfterTen();
 
     void pictures();
 
@@ -112,6 +172,7 @@ private:
     bool showToken(int nSamples, const Token &value) const;
     bool prepareTokens(int nTokens) const;
     void present(int response) const;
+    QList<QImage> paintedCharts() const;
     QList<QPointF> points(ChartMember chart) const
     {
         return (m_window.get()->*chart).series->points();
@@ -177,6 +238,17 @@ void TestCharts::present(int response) const
 {
     m_window->updateMainwindow(m_window->trialIndex == 0 ? ReadyResponse : NextResponse);
     m_window->updateMainwindow(response);
+}
+
+/// The three charts as they are on the screen.
+QList<QImage> TestCharts::paintedCharts() const
+{
+    settle();
+    QList<QImage> images;
+    for (const LineChart *chart :
+         {&m_window->waveformChart, &m_window->spectrumChart, &m_window->trendChart})
+        images.append(chart->view->grab().toImage());
+    return images;
 }
 
 void TestCharts::setUp_data()
@@ -476,7 +548,6 @@ void TestCharts::nextTokenReplacesTheFirst()
     QVERIFY(showToken(100, [](int) { return 8192; }));
     QCOMPARE(points(&OperatorWindow::waveformChart).size(), 100);
     QCOMPARE(points(&OperatorWindow::waveformChart).first(), QPointF(0, 0.25));
-    // Nothing of the first is left even though this one has no height.
     QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Range(0.25, 0.25));
 }
 
@@ -489,6 +560,141 @@ void TestCharts::otherSamplingRate()
     QCOMPARE(points(&OperatorWindow::waveformChart).last().x(), 1199 / 48.0);
     QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Range(0, 25));
     QCOMPARE(m_window->frequencies.at(1), 48000.0 / 2048);
+}
+
+void TestCharts::equalEnds_data()
+{
+    QTest::addColumn<int>("nSamples");
+    QTest::addColumn<Token>("value");
+    QTest::addColumn<ChartMember>("chart");
+    QTest::addColumn<double>("end");
+    QTest::addColumn<QString>("label");
+
+    const ChartMember waveform = &OperatorWindow::waveformChart;
+    const ChartMember spectrum = &OperatorWindow::spectrumChart;
+    QTest::newRow("waveform of silence") << 12000 << Token(silence) << waveform << 0.0 << "0";
+    QTest::newRow("spectrum of silence") << 12000 << Token(silence) << spectrum << 0.0 << "0";
+    QTest::newRow("constant") << 12000 << Token([](int) { return 8192; }) << waveform << 0.25
+                              << "0.25";
+    QTest::newRow("negative") << 12000 << Token([](int) { return -16384; }) << waveform << -0.5
+                              << "-0.5";
+    QTest::newRow("least value") << 12000 << Token([](int) { return 1; }) << waveform << 1 / 32768.0
+                                 << "3.05176e-05";
+    // The sum is 6/8, the alternating sum -2/8, at a quarter of the rate 2/8 - 6i/8: all of the
+    // length sqrt(40)/8, over 4 / 2.
+    const QList<int> samples = {8192, 20480, 0, -4096};
+    QTest::newRow("equal amplitudes") << 4 << Token([samples](int i) { return samples.at(i); })
+                                      << spectrum << std::sqrt(40.0) / 16 << "0.395285";
+}
+
+// Catches a chart that goes on showing the token before, or nothing, or the wrong place after a
+// change of size, when all its values are equal: Qt lays no axis out whose ends are.
+void TestCharts::equalEnds()
+{
+    QFETCH(const int, nSamples);
+    QFETCH(const Token, value);
+    QFETCH(const ChartMember, chart);
+    QFETCH(const double, end);
+    QFETCH(const QString, label);
+    const auto check = [&] {
+        settle();
+        const LineChart &shown = m_window.get()->*chart;
+        QCOMPARE(rangeOf(shown.verticalAxis), Range(end, end));
+        QCOMPARE(labels(shown, Qt::Vertical), QStringList(label));
+        const QRect line = paintedLine(shown);
+        const QRect plot = plotArea(shown);
+        QVERIFY(line.height() > 0);
+        QVERIFY(line.height() <= 3);
+        QVERIFY(std::abs(line.center().y() - plot.center().y()) <= 1);
+        QVERIFY(line.left() <= plot.left() + 2);
+        QVERIFY(line.right() >= plot.right() - 4);
+    };
+
+    constexpr double upperFrequency = 30000; // so that four samples give a line
+    m_window->data.upperFrequencyToPlot = upperFrequency;
+    QVERIFY(prepareTokens(10));
+    const QList<QImage> before = paintedCharts();
+    QVERIFY(showToken(nSamples, value));
+    check();
+    const QList<QImage> painted = paintedCharts();
+    m_window->resize(1500, 1000);
+    check();
+    QVERIFY(paintedCharts() != painted);
+    m_window->resize(1152, 810);
+    check();
+    QCOMPARE(paintedCharts(), painted);
+    QVERIFY(prepareTokens(10));
+    QCOMPARE(paintedCharts(), before);
+
+    init();
+    m_window->data.upperFrequencyToPlot = upperFrequency;
+    QVERIFY(showToken(nSamples, value));
+    check();
+    QCOMPARE(paintedCharts(), painted);
+}
+
+// Catches a chart that shows the span of an earlier call.
+void TestCharts::spanIsRenewedForTheChart()
+{
+    QVERIFY(showToken(12000, ramp));
+    m_window->data.alwaysPlotEntireWaveformFlag = 0;
+    m_window->data.durationToPlot = 0.125;
+    m_window->displayWav();
+    QCOMPARE(m_window->data.nPointsToPlot, 6000);
+    QCOMPARE(points(&OperatorWindow::waveformChart).size(), 6000);
+    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Range(0, 125));
+}
+
+// Catches a transform that takes the duration as it finds it.
+void TestCharts::transformRenewsItsDuration()
+{
+    QVERIFY(showToken(12000, ramp));
+    m_window->fftDuration = 7;
+    m_window->freqResolution = 7;
+    m_window->genFFT();
+    QCOMPARE(m_window->fftDuration, 16384 / 48000.0);
+    QCOMPARE(m_window->freqResolution, 48000.0 / 16384);
+}
+
+// Catches a range of the plotted bins alone: the sine lies above the upper frequency, at a fifth of
+// the sampling rate at most.
+void TestCharts::spectrumRangeCoversAllBins()
+{
+    QVERIFY(showToken(16384, [](int i) {
+        return static_cast<int>(std::lround(16384 * std::sin(2 * M_PI * 3000 * i / 16384)));
+    }));
+    QVERIFY(m_window->data.nFreqPointsToPlot < 3000);
+    QVERIFY(std::abs(m_window->spectrumRange.at(1) - 0.5) < 1e-4);
+    QCOMPARE(rangeOf(m_window->spectrumChart.verticalAxis),
+             Range(m_window->spectrumRange.at(0), m_window->spectrumRange.at(1)));
+}
+
+void TestCharts::threeChannels_data()
+{
+    QTest::addColumn<int>("trialIndex");
+    QTest::addColumn<int>("playCount");
+    QTest::addColumn<QList<double>>("expected");
+
+    QTest::newRow("first trial") << 0 << 0 << QList<double>(4, 0.0);
+    QTest::newRow("first trial, played") << 0 << 1 << QList<double>{0.25, 0.25, 0.25, 0};
+    QTest::newRow("second trial") << 1 << 0 << QList<double>{0.25, 0.25, 0.25, 0};
+}
+
+// Catches samples of an earlier session in the first trial, whose token has more channels than are
+// taken, and such samples lost in a later one.
+void TestCharts::threeChannels()
+{
+    QFETCH(const int, trialIndex);
+    QFETCH(const int, playCount);
+    QVERIFY(showToken(3, [](int) { return 8192; }));
+    m_window->lineEditNTimes->setText("2");
+    QVERIFY(prepare(m_folder->path()));
+    QVERIFY(writeFile(m_folder->filePath("MOV001.wav"),
+                      WavBytes{.numChannels = 3, .data = QByteArray(24, '\x20')}.bytes()));
+    m_window->trialIndex = trialIndex;
+    m_window->playCount = playCount;
+    m_window->genWav();
+    QTEST(m_window->soundWave, "expected");
 }
 
 void TestCharts::trendBeforeTheFirstAnswer_data()
@@ -579,6 +785,17 @@ void TestCharts::trendStaysWithoutTokens()
     QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 3);
 }
 
+// Catches points that are shown only where there are counts.
+void TestCharts::trendWithoutCountsIsRefilled()
+{
+    const QList<QPointF> held = {{1, 2}, {2, 3}};
+    m_window->trendPoints = held;
+    QVERIFY(m_window->trendY.isEmpty());
+    m_window->updateTrend();
+    QCOMPARE(points(&OperatorWindow::trendChart), held);
+    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Range(0, 4));
+}
+
 // Catches what a session leaves behind in the next, among it the ticks of ten tokens for one.
 void TestCharts::trendIsResetByTheNextSession()
 {
@@ -588,6 +805,50 @@ void TestCharts::trendIsResetByTheNextSession()
     QCOMPARE(points(&OperatorWindow::trendChart), QList<QPointF>{QPointF(1, 0)});
     QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), Range(1, 1));
     QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 2);
+}
+
+// Catches a chart of one token that shows the tokens of the session before, or no point, or a point
+// that does not rise with the answers or loses its place when the window changes its size.
+void TestCharts::oneTokenAfterTen()
+{
+    m_window->lineEditNTimes->setText("4");
+    QVERIFY(prepareTokens(10));
+    const QList<QImage> ofTen = paintedCharts();
+    const auto check = [this](int height) {
+        settle();
+        const LineChart &trend = m_window->trendChart;
+        QCOMPARE(rangeOf(trend.horizontalAxis), Range(1, 1));
+        QCOMPARE(labels(trend, Qt::Horizontal), QStringList("1"));
+        QCOMPARE(labels(trend, Qt::Vertical).size(), 5);
+        const QRect marker = paintedLine(trend);
+        const QRect plot = plotArea(trend);
+        QVERIFY(!marker.isNull());
+        QVERIFY(marker.width() < 10);
+        QVERIFY(std::abs(marker.center().x() - plot.center().x()) <= 1);
+        const double expected = plot.bottom() - plot.height() * height / 4.0;
+        QVERIFY(std::abs(marker.center().y() - expected) <= 3);
+    };
+
+    QVERIFY(prepareTokens(1));
+    check(0);
+    const QList<QImage> unanswered = paintedCharts();
+    for (int height = 1; height <= 3; ++height) {
+        present(MotherResponse);
+        check(height);
+    }
+    const QList<QImage> answered = paintedCharts();
+    m_window->resize(1500, 1000);
+    check(3);
+    m_window->resize(1152, 810);
+    check(3);
+    QCOMPARE(paintedCharts(), answered);
+    QVERIFY(prepareTokens(10));
+    QCOMPARE(paintedCharts(), ofTen);
+
+    init();
+    m_window->lineEditNTimes->setText("4");
+    QVERIFY(prepareTokens(1));
+    QCOMPARE(paintedCharts(), unanswered);
 }
 
 // What the operator sees with the example tokens. Each picture shows something: where the line of

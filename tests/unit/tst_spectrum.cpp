@@ -32,6 +32,7 @@ class TestSpectrum : public QObject
 private slots:
     void window_data();
     void window();
+    void windowShorterThanTheList();
     void windowOfNothing();
 
     void sizes_data();
@@ -69,6 +70,17 @@ void TestSpectrum::window()
     QCOMPARE(weighted.size(), samples.size());
     for (qsizetype i = 0; i < samples.size(); ++i)
         QVERIFY2(near(weighted[i], samples[i] * weights[i]), QByteArray::number(i));
+}
+
+// Catches a window as long as the list: it has the token's length, and repeats behind it.
+void TestSpectrum::windowShorterThanTheList()
+{
+    QList<double> weighted(8, 1.0);
+    applyWindow(weighted, 5, 1);
+    const QList<double> weights = {0, 0.5, 1, 0.5, 0, 0.5, 1, 0.5};
+    QCOMPARE(weighted.size(), weights.size());
+    for (qsizetype i = 0; i < weights.size(); ++i)
+        QVERIFY2(near(weighted[i], weights[i]), QByteArray::number(i));
 }
 
 void TestSpectrum::windowOfNothing()
