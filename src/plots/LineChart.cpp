@@ -26,10 +26,10 @@ QValueAxis *createAxis(const QString &title, const ChartFonts &fonts)
 /// distance of the ticks, which a single tick does not have.
 constexpr auto singleValueFormat = "%.6g"_L1;
 
-/// Whether Qt takes the ends of @p range for equal, so that it does not lay them out.
+/// Whether Qt takes the ends of @p range for equal and does not lay out an axis between them.
 bool isSingleValue(AxisRange range)
 {
-    return qFuzzyIsNull(range.max - range.min) || qFuzzyCompare(range.min, range.max);
+    return qFuzzyCompare(range.min, range.max);
 }
 
 AxisRange rangeOf(const QValueAxis *axis)
@@ -73,11 +73,14 @@ void layOutAxes(const LineChart &chart, AxisRange horizontal, AxisRange vertical
     chart.chart->layout()->activate();
 }
 
-/// Sets ends that are equal, which layOutAxes does not. Qt leaves the layout as it is then.
-void setRanges(const LineChart &chart, AxisRange horizontal, AxisRange vertical)
+/// Sets the ends that layOutAxes does not, those of a single value. Qt leaves the layout of an axis
+/// as it is then, and that of the line when the ends do not even differ by rounding.
+void setSingleValues(const LineChart &chart, AxisRange horizontal, AxisRange vertical)
 {
-    setRange(chart.horizontalAxis, horizontal);
-    setRange(chart.verticalAxis, vertical);
+    if (isSingleValue(horizontal))
+        setRange(chart.horizontalAxis, {horizontal.min, horizontal.min});
+    if (isSingleValue(vertical))
+        setRange(chart.verticalAxis, {vertical.min, vertical.min});
 }
 
 /// Lays a chart out in its new size where Qt does not: when the ends of an axis are equal.
@@ -88,7 +91,7 @@ void followSize(const LineChart &chart)
         const AxisRange vertical = rangeOf(chart.verticalAxis);
         if (isSingleValue(horizontal) || isSingleValue(vertical)) {
             layOutAxes(chart, horizontal, vertical);
-            setRanges(chart, horizontal, vertical);
+            setSingleValues(chart, horizontal, vertical);
         }
     });
 }
@@ -129,5 +132,5 @@ void showLine(const LineChart &chart, const QList<QPointF> &points, AxisRange ho
     chart.series->clear();
     layOutAxes(chart, horizontal, vertical);
     chart.series->replace(points);
-    setRanges(chart, horizontal, vertical);
+    setSingleValues(chart, horizontal, vertical);
 }

@@ -149,6 +149,8 @@ private slots:
 
     void equalEnds_data();
     void equalEnds();
+    void nearlyEqualEnds_data();
+    void nearlyEqualEnds();
     void spanIsRenewedForTheChart();
     void transformRenewsItsDuration();
     void spectrumRangeCoversAllBins();
@@ -631,6 +633,33 @@ void TestCharts::equalEnds()
     QVERIFY(showToken(nSamples, value));
     check();
     QCOMPARE(paintedCharts(), painted);
+}
+
+void TestCharts::nearlyEqualEnds_data()
+{
+    QTest::addColumn<double>("min");
+    QTest::addColumn<double>("max");
+    QTest::addColumn<QString>("label");
+
+    QTest::newRow("by rounding") << 0.25 << std::nextafter(0.25, 1) << "0.25";
+    QTest::newRow("large") << 1e6 << 1e6 + 1e-7 << "1e+06";
+}
+
+// Catches a line over the whole height of an axis that Qt does not lay out, since its ends differ
+// by rounding alone.
+void TestCharts::nearlyEqualEnds()
+{
+    QFETCH(const double, min);
+    QFETCH(const double, max);
+    QFETCH(const QString, label);
+    const LineChart &chart = m_window->waveformChart;
+    showLine(chart, {{0, min}, {1, max}}, {0, 1}, {min, max});
+    settle();
+    QCOMPARE(rangeOf(chart.verticalAxis), Range(min, min));
+    QCOMPARE(labels(chart, Qt::Vertical), QStringList(label));
+    const QRect line = paintedLine(chart);
+    QVERIFY(line.width() > plotArea(chart).width() / 2);
+    QVERIFY(line.height() <= 3);
 }
 
 // Catches a chart that shows the span of an earlier call.
