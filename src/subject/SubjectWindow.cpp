@@ -135,10 +135,21 @@ void SubjectWindow::receiveWavFileName(QString fileName)
     wavFileName = fileName;
 }
 
-void SubjectWindow::awaitToken()
+void SubjectWindow::lock()
 {
+    auto *question = findChild<QMessageBox *>();
+    QWidget *chosen = question != nullptr ? question->focusWidget() : nullptr;
     setEnabled(false);
     disableAllChoiceButtons();
+    if (question != nullptr)
+        question->setEnabled(true);
+    if (chosen != nullptr)
+        chosen->setFocus();
+}
+
+void SubjectWindow::awaitToken()
+{
+    lock();
     pushButtonChoice2->show();
     pushButtonChoice4->show();
     pushButtonIAmReady->hide();
@@ -161,8 +172,7 @@ void SubjectWindow::pushButtonNext_clicked()
 
 void SubjectWindow::updateSubjectWindow(int state)
 {
-    setEnabled(false);
-    disableAllChoiceButtons();
+    lock();
     if (state != -1)
         return;
 

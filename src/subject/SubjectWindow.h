@@ -65,6 +65,10 @@ private:
     /// Takes the answer @p answer given on @p button: feedback picture first, then the signal.
     void respond(QPushButton *button, Category answer, ResponseCode code);
 
+    /// Disables the window and both answer buttons. The question whether to close, which may be
+    /// open meanwhile, would be disabled with its parent: it can be answered all the time.
+    void lock();
+
     /// Locks the window until the next token has been heard.
     void awaitToken();
 

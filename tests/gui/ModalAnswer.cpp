@@ -96,6 +96,12 @@ ModalAnswer &ModalAnswer::cancel()
     });
 }
 
+ModalAnswer &ModalAnswer::when(const std::function<bool()> &condition)
+{
+    const Answer answer = m_answers.takeLast();
+    return expect([condition, answer](QWidget *modal) { return condition() && answer(modal); });
+}
+
 QByteArray ModalAnswer::problem() const
 {
     QStringList problems = m_problems;

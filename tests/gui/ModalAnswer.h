@@ -57,6 +57,8 @@ public:
     ModalAnswer &confirm();
     /// The next is a file dialog: cancel it.
     ModalAnswer &cancel();
+    /// What is expected last is answered as soon as @p condition holds.
+    ModalAnswer &when(const std::function<bool()> &condition);
 
     const QList<Box> &boxes() const { return m_boxes; }
     const QList<Dialog> &dialogs() const { return m_dialogs; }

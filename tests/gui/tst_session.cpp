@@ -68,6 +68,8 @@ private slots:
 
     void closing_data();
     void closing();
+    void closingAsATokenComes_data();
+    void closingAsATokenComes();
     void staleTimerPlaysOn();
     void staleTimerAndNextSession();
     void soundingTokenAndNextSession();
@@ -465,6 +467,63 @@ void TestSession::closing()
     QVERIFY(prepare(m_window->pushButtonExperiment, path("tokens")));
     QVERIFY(advance({}, "finished"));
     QCOMPARE(done.size(), state == "finished" ? 2 : 1);
+}
+
+void TestSession::closingAsATokenComes_data()
+{
+    QTest::addColumn<QString>("asked");
+    QTest::addColumn<bool>("dies");
+    QTest::addColumn<bool>("yes");
+    for (const bool yes : {true, false}) {
+        const char *answer = yes ? "Yes" : "escape";
+        QTest::addRow("asked before the token, %s", answer) << "delay" << false << yes;
+        QTest::addRow("asked before the token of a dead output, %s", answer)
+            << "delay" << true << yes;
+        QTest::addRow("asked while it sounds, %s", answer) << "playing" << false << yes;
+        QTest::addRow("asked while it sounds, then the output dies, %s", answer)
+            << "playing" << true << yes;
+    }
+}
+
+// Catches a question that is locked together with the window below it: while a token sounds, or
+// for good when its end does not come.
+void TestSession::closingAsATokenComes()
+{
+    QFETCH(const QString, asked);
+    QFETCH(const bool, dies);
+    QFETCH(const bool, yes);
+    QVERIFY(makeToken("MOV001.wav", 150));
+    m_window->lineEditNTimes->setText("2");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QVERIFY(advance({}, "answering"));
+    // The answer leaves the window unlocked until the next token starts.
+    click(subject("pushButtonChoice2"));
+    QVERIFY(m_window->subjectWindow->isEnabled());
+    if (asked == "playing")
+        QVERIFY(enter("playing"));
+
+    QElapsedTimer sinceDeath;
+    ModalAnswer answers;
+    (yes ? answers.press(QMessageBox::Yes) : answers.escape()).when([&] {
+        if (m_window->audioSink == nullptr || m_window->subjectWindow->isEnabled())
+            return false;
+        if (!dies)
+            return true;
+        if (!sinceDeath.isValid()) {
+            m_window->audioSink->reset();
+            sinceDeath.start();
+        }
+        return sinceDeath.elapsed() > 300;
+    });
+    m_window->subjectWindow->close();
+    QCOMPARE(answers.problem(), "");
+    QCOMPARE(m_window->subjectWindow->isVisible(), !yes);
+    QCOMPARE(m_window->isEnabled(), yes);
+    if (!yes && !dies) {
+        QVERIFY(awaitAnswering());
+        click(subject("pushButtonChoice2"));
+        QVERIFY(subject("pushButtonDone")->isVisible());
+    }
 }
 
 // Catches a scheduled token of a broken session that fails or does not play.

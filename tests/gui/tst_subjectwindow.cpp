@@ -65,6 +65,7 @@ private slots:
 
     void close_data();
     void close();
+    void questionAsATokenComes();
 
 private:
     QPushButton *button(const char *name) const { return m_window->findChild<QPushButton *>(name); }
@@ -535,6 +536,32 @@ void TestSubjectWindow::close()
     QVERIFY(box.parent == m_window.get());
     QCOMPARE(closed.size(), closes ? 1 : 0);
     QCOMPARE(m_window->isVisible(), !closes);
+}
+
+// Catches a question that is locked when a token starts, or forgets which button has been chosen:
+// Enter would then close the window in spite of "No".
+void TestSubjectWindow::questionAsATokenComes()
+{
+    click("pushButtonIAmReady");
+    QStringList problems;
+    ModalAnswer answers;
+    answers.press(QMessageBox::No).when([&] {
+        const auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        QAbstractButton *no = box->button(QMessageBox::No);
+        no->setFocus();
+        for (const int state : {1, -1, 1}) {
+            m_window->updateSubjectWindow(state);
+            if (m_window->isEnabled() != (state == -1))
+                problems.append(QString("the window after %1").arg(state));
+            if (!box->isEnabled() || !no->isEnabled() || box->focusWidget() != no)
+                problems.append(QString("the question after %1").arg(state));
+        }
+        return true;
+    });
+    m_window->close();
+    QCOMPARE(answers.problem(), "");
+    QCOMPARE(problems, QStringList());
+    QVERIFY(m_window->isVisible());
 }
 
 GUI_TEST_MAIN(TestSubjectWindow)
