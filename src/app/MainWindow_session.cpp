@@ -85,6 +85,11 @@ void MainWindow::pushButtonGo_clicked()
     disableAllComponents();
     getParameters();
 
+    if (subjectWindow != nullptr) {
+        // The window of the session before is kept, but takes no part in this one.
+        disconnect(subjectWindow, nullptr, this, nullptr);
+        disconnect(this, nullptr, subjectWindow, nullptr);
+    }
     subjectWindow = new SubjectWindow(this);
     connect(subjectWindow, SIGNAL(subjectResponded(int)), this, SLOT(updateMainwindow(int)));
     connect(subjectWindow, SIGNAL(subjectWindowClosed()), this, SLOT(refreshMainWindow()));

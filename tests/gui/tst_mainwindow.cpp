@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMetaMethod>
+#include <QPointer>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
@@ -97,22 +98,39 @@ private slots:
     void doNothingChangesNothing();
     void refresh();
     void quitCloses();
+    void secondGo();
 
     void destruction_data();
     void destruction();
 
 private:
+    bool prepare() const;
+
+    std::unique_ptr<QTemporaryDir> m_folder; ///< holds one token
     std::unique_ptr<OperatorWindow> m_window;
 };
 
 void TestMainWindow::init()
 {
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(writeFile(m_folder->filePath("a.wav"),
+                      WavBytes{.data = WavBytes::samples16({1, 2, 3})}.bytes()));
     m_window = std::make_unique<OperatorWindow>();
 }
 
 void TestMainWindow::cleanup()
 {
     m_window.reset();
+    m_folder.reset();
+}
+
+/// Presses "Practice" and chooses the folder; false when no session can be started then.
+bool TestMainWindow::prepare() const
+{
+    ModalAnswer answers;
+    answers.choose(m_folder->path());
+    m_window->pushButtonPractice->click();
+    return answers.problem().isEmpty() && m_window->pushButtonGo->isEnabled();
 }
 
 // Catches another title, and an icon where the platform's default is to show.
@@ -635,6 +653,48 @@ void TestMainWindow::quitCloses()
     QCOMPARE(nothing.problem(), "");
 }
 
+// Catches an earlier subject window that is deleted too soon, still follows the session or still
+// has a say in it.
+void TestMainWindow::secondGo()
+{
+    m_window->show();
+    QVERIFY(prepare());
+    m_window->pushButtonGo->click();
+    const QPointer<SubjectWindow> earlier = m_window->subjectWindow;
+    {
+        ModalAnswer answers;
+        answers.press(QMessageBox::Yes);
+        earlier->close();
+        QCOMPARE(answers.problem(), "");
+    }
+    QVERIFY(m_window->isEnabled());
+
+    QVERIFY(prepare());
+    m_window->pushButtonGo->click();
+    QVERIFY(earlier);
+    QVERIFY(earlier->parentWidget() == m_window.get());
+    QVERIFY(m_window->subjectWindow != earlier);
+    QVERIFY(m_window->subjectWindow->isVisible() && !earlier->isVisible());
+
+    emit m_window->soundPlaying(-1);
+    const auto sheet = [](const SubjectWindow *window) {
+        return window->findChild<QPushButton *>("pushButtonChoice2")->styleSheet();
+    };
+    QVERIFY(!sheet(m_window->subjectWindow).isEmpty());
+    QCOMPARE(sheet(earlier), "");
+    emit m_window->doneDataCollection(0.25, 0.0, 0);
+    QVERIFY(!earlier->findChild<QPushButton *>("pushButtonDone")->isVisibleTo(earlier));
+
+    emit earlier->subjectWindowClosed();
+    QVERIFY(!m_window->isEnabled());
+    emit earlier->subjectResponded(ReadyResponse);
+    QCOMPARE(m_window->trialIndex, 0);
+    emit m_window->subjectWindow->subjectResponded(ReadyResponse);
+    QCOMPARE(m_window->trialIndex, 1);
+    m_window.reset();
+    QVERIFY(!earlier);
+}
+
 void TestMainWindow::destruction_data()
 {
     QTest::addColumn<QString>("state");
@@ -646,9 +706,6 @@ void TestMainWindow::destruction_data()
 void TestMainWindow::destruction()
 {
     QFETCH(const QString, state);
-    const QTemporaryDir folder;
-    QVERIFY(writeFile(folder.filePath("a.wav"),
-                      WavBytes{.data = WavBytes::samples16({1, 2, 3})}.bytes()));
     QWidget parent;
     if (state == "with a parent")
         m_window.release()->setParent(&parent);
@@ -661,7 +718,7 @@ void TestMainWindow::destruction()
             window->close();
         if (state == "prepared" || state == "waiting") {
             ModalAnswer answers;
-            answers.choose(folder.path());
+            answers.choose(m_folder->path());
             QTest::mouseClick(window->pushButtonPractice, Qt::LeftButton);
             QCOMPARE(answers.problem(), "");
             QVERIFY(window->pushButtonGo->isEnabled());
