@@ -1,7 +1,6 @@
 // The session: its preparation, the presentation order and the trial loop that the subject's
 // responses drive. Declared in app/MainWindow.h.
 
-#include "app/FieldText.h"
 #include "app/MainWindow.h"
 #include "app/PresentationOrder.h"
 #include "data/Scoring.h"
@@ -32,8 +31,6 @@ void MainWindow::pushButtonExperiment_clicked()
 
 void MainWindow::beginPreparation(int sesTypeIndex)
 {
-    data.nTimes = intOrZero(lineEditNTimes->text());
-    nTimesSeq = data.nTimes;
     comboBoxSesType->setCurrentIndex(sesTypeIndex);
     getReadyToGo();
     pushButtonPractice->setEnabled(true);
@@ -55,6 +52,7 @@ void MainWindow::getReadyToGo()
     nTokens = 0;
     data.sesTypeIndex = comboBoxSesType->currentIndex();
     getParameters();
+    nTimesSeq = data.nTimes; // the one reading of its field that the entries and the order share
     selectFolder();
     if (nTokens > 0) {
         genRandomSequence();

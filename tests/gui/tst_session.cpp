@@ -73,6 +73,7 @@ private slots:
     void staleTimerPlaysOn();
     void staleTimerAndNextSession();
     void soundingTokenAndNextSession();
+    void countTypedDuringPreparation();
     void quit_data();
     void quit();
 
@@ -591,6 +592,30 @@ void TestSession::soundingTokenAndNextSession()
     QCOMPARE(firstArguments(sound), QList<int>({1, -1}));
     click(subject("pushButtonChoice2"));
     QVERIFY(subject("pushButtonDone")->isVisible());
+}
+
+// Catches entries of one count of presentations and an order of another: the field may be typed in
+// while the preparation waits for the earlier sound's release, or for the folder.
+void TestSession::countTypedDuringPreparation()
+{
+    QVERIFY(makeToken("MOV001.wav", 400));
+    m_window->lineEditSi->setText("0.000");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QVERIFY(advance({}, "playing"));
+    QVERIFY(closeSubjectWindow(QMessageBox::Yes));
+    QVERIFY(m_window->audioSink);
+
+    QTimer::singleShot(0, m_window.get(), [this] { m_window->lineEditNTimes->setText("3"); });
+    ModalAnswer answers;
+    answers.choose(path("tokens")).when([this] {
+        m_window->lineEditNTimes->setText("2");
+        return true;
+    });
+    click(m_window->pushButtonPractice);
+    QCOMPARE(answers.problem(), "");
+    QCOMPARE(m_window->nTimesSeq, m_window->data.nTimes);
+    QCOMPARE(m_window->data.entries.size(), m_window->data.nTimes);
+    QCOMPARE(m_window->randomSequence.size(), m_window->data.nTimes);
 }
 
 void TestSession::quit_data()
