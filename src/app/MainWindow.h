@@ -30,13 +30,14 @@ class SubjectWindow;
 enum class Category;
 
 /// The operator's window: builds its controls, owns every object of a session and carries out the
-/// experiment on the one GUI thread. Its members lie, topic by topic, in the files named below;
-/// the rules they apply are functions of ostrine_core.
+/// experiment on the one GUI thread. Each heading below names the file, in the folder of its topic,
+/// that holds what follows; the rules applied there are functions of ostrine_core.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
+    // app/MainWindow.cpp
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
@@ -52,15 +53,24 @@ signals:
     void deliverWavFileName(QString wavFileName);
 
 public slots:
+    // app/MainWindow_session.cpp
     void pushButtonPractice_clicked();
     void pushButtonExperiment_clicked();
     void pushButtonGo_clicked();
     /// Takes a response of the subject (a ResponseCode; any other value shows a warning) and moves
     /// the session on.
     void updateMainwindow(int response);
+
+    // audio/MainWindow_playback.cpp
     void playOneSound();
+
+    // app/MainWindow.cpp
     void doNothing();
+
+    // audio/MainWindow_playback.cpp
     void handleAudioStateChanged(QAudio::State audioState);
+
+    // app/MainWindow.cpp
     void comboBoxSesType_currentIndexChanged(int index);
     void comboBoxSoundType_currentIndexChanged(int index);
     void comboBoxMainParameter_currentIndexChanged(int index);
@@ -217,7 +227,8 @@ protected:
     SubjectWindow *subjectWindow = nullptr;
     QString statusString;
 
-    // The current token and its playing; the pointers are null while nothing plays.
+    // The current token and its playing. The pointers are null while nothing plays; after a failure
+    // of the output they stay until the next token is played or the next session prepared.
     CWav wav;
     TokenSize currentToken;
     QString soundPath;
@@ -233,16 +244,25 @@ protected:
     double heightFraction = 0.9;
 
 private:
+    // app/MainWindow.cpp
     void addRow(int row, const QList<QWidget *> &widgets);
+
+    // app/MainWindow_parameters.cpp
     void sizeSpectrum();
-    void sizeTimeAxis();
+
+    // app/MainWindow_session.cpp
     void beginPreparation(int sesTypeIndex);
     void prepareNextPresentation();
     void takeAnswer(Category answer);
+
+    // audio/MainWindow_playback.cpp
+    void sizeTimeAxis();
     void reportStop();
     void followStream();
     void endSound();
     void releaseAudioOutput();
+
+    // data/MainWindow_resultFiles.cpp
     /// Writes one result file by @p write; what goes wrong is shown in a warning box.
     template<typename Write>
     void writeResultFile(const QString &path, const QString &fileName, Write write);

@@ -20,7 +20,8 @@ enum ResponseCode {
 };
 
 /// The window that the subject sees and touches: starts the session, takes the answers, shows
-/// feedback and closes. It knows nothing of sound or data; the main window drives it by signals.
+/// feedback and closes. The main window drives it by signals; all it knows of a token is the file
+/// name, by which it chooses the picture.
 class SubjectWindow : public QMainWindow
 {
     Q_OBJECT
