@@ -80,7 +80,7 @@ void MainWindow::updateWavTextFields()
 
 void MainWindow::pushButtonGo_clicked()
 {
-    disableAllComponents();
+    disableAllComponents(); // no control may be used until the subject window has closed
     getParameters();
 
     if (subjectWindow != nullptr) {

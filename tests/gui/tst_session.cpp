@@ -11,8 +11,10 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLineSeries>
 #include <QMediaDevices>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -60,11 +62,21 @@ private slots:
     void wholeSession();
     void practiceThenExperiment();
     void severalInARow();
+    void delayBeforeTheToken_data();
     void delayBeforeTheToken();
+    void shownBeforeHeard_data();
+    void shownBeforeHeard();
+    void reactionTimes();
+    void parametersReadAgain_data();
+    void parametersReadAgain();
+    void debugLog_data();
+    void debugLog();
     void lowRate();
+    void wholeTokenIsPlayed();
     void neverPresented();
     void invalidResponse_data();
     void invalidResponse();
+    void nextAtTheEnd();
 
     void closing_data();
     void closing();
@@ -329,25 +341,196 @@ void TestSession::severalInARow()
     }
 }
 
-// Catches a token that starts before its duration and the silent interval have passed.
+void TestSession::delayBeforeTheToken_data()
+{
+    QTest::addColumn<QString>("by");
+    for (const char *by : {"ready", "answer", "Next"})
+        QTest::newRow(by) << by;
+}
+
+// Catches a token that does not start when its duration and the silent interval have passed since
+// the button was pressed, but at half or twice that time or without one of the two.
 void TestSession::delayBeforeTheToken()
 {
-    QVERIFY(makeToken("MOV001.wav", 60));
-    m_window->lineEditSi->setText("250.000");
+    QFETCH(const QString, by);
+    constexpr int duration = 250;
+    constexpr int interval = 350;
+    QVERIFY(makeToken("MOV001.wav", duration));
+    m_window->lineEditNTimes->setText("2");
+    m_window->checkBoxAutoPlay->setChecked(by == "answer");
+    m_window->lineEditSi->setText("-250.000"); // the first token comes at once
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
-    const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
     QVERIFY(enter("waiting"));
-    QElapsedTimer sinceReady;
-    sinceReady.start();
-    QVERIFY(enter("delay"));
-    QVERIFY(QTest::qWaitFor([&] { return sound.size() == 1; }, longestWait));
-    QVERIFY2(sinceReady.elapsed() >= 309, qPrintable(QString::number(sinceReady.elapsed())));
-    QVERIFY2(sinceReady.elapsed() < 1500, qPrintable(QString::number(sinceReady.elapsed())));
+    if (by != "ready")
+        QVERIFY(advance("waiting", by == "Next" ? "feedback" : "answering"));
+
+    QElapsedTimer sincePress;
+    qint64 started = -1;
+    connect(m_window.get(), &MainWindow::soundPlaying, this, [&](int index) {
+        if (index == 1)
+            started = sincePress.elapsed();
+    });
+    m_window->lineEditSi->setText(QString::number(interval));
+    if (by == "Next")
+        m_window->data.si = interval / 1000.0; // the field is not read again
+    QPushButton *button = subject(by == "ready"    ? "pushButtonIAmReady"
+                                  : by == "answer" ? "pushButtonChoice2"
+                                                   : "pushButtonNext");
+    sincePress.start();
+    click(button);
+    QVERIFY(QTest::qWaitFor([&] { return started >= 0; }, longestWait));
+    QVERIFY2(started >= duration + interval - 1 && started < 1100,
+             qPrintable(QString::number(started)));
     QVERIFY(!m_window->subjectWindow->isEnabled());
-    const qint64 started = sinceReady.elapsed();
     QVERIFY(awaitAnswering());
-    QVERIFY2(sinceReady.elapsed() - started >= 60,
-             qPrintable(QString::number(sinceReady.elapsed() - started)));
+    const qint64 heard = sincePress.elapsed() - started;
+    QVERIFY2(heard >= duration, qPrintable(QString::number(heard)));
+}
+
+void TestSession::shownBeforeHeard_data()
+{
+    QTest::addColumn<bool>("autoPlay");
+    QTest::newRow("automatic") << true;
+    QTest::newRow("Next") << false;
+}
+
+// Catches a waveform or spectrum of an earlier token, or none, when a token is prepared or starts.
+void TestSession::shownBeforeHeard()
+{
+    QFETCH(const bool, autoPlay);
+    QVERIFY(makeToken("MOV001.wav", 20, 8192));
+    QVERIFY(makeToken("MOV002.wav", 30, 16384));
+    m_window->checkBoxAutoPlay->setChecked(autoPlay);
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+
+    // A constant sound has twice its value at the frequency 0.
+    const auto shown = [this] {
+        const QList<QPointF> waveform = m_window->waveformChart.series->points();
+        const QList<QPointF> spectrum = m_window->spectrumChart.series->points();
+        return QString("%1 points of %2, %3 at 0 Hz")
+            .arg(waveform.size())
+            .arg(waveform.value(0).y())
+            .arg(spectrum.value(0).y());
+    };
+    QStringList expected;
+    for (const int token : std::as_const(m_window->randomSequence))
+        expected.append(token == 0 ? "960 points of 0.25, 0.5 at 0 Hz"
+                                   : "1440 points of 0.5, 1 at 0 Hz");
+    QCOMPARE(shown(), expected.first());
+
+    QStringList heard;
+    connect(m_window.get(), &MainWindow::soundPlaying, this, [&](int index) {
+        if (index == 1)
+            heard.append(shown());
+    });
+    QVERIFY(advance({}, "answering"));
+    click(subject("pushButtonChoice2"));
+    if (!autoPlay)
+        click(subject("pushButtonNext"));
+    QCOMPARE(shown(), expected.last());
+    QVERIFY(awaitAnswering());
+    QCOMPARE(heard, expected);
+}
+
+// Catches a reaction clock that runs on from an earlier trial, starts with the sound or stops late.
+void TestSession::reactionTimes()
+{
+    constexpr int longestDelay = 60; // ms, between two readings of the clock on a busy machine
+    QVERIFY(makeToken("MOV001.wav", 100));
+    m_window->lineEditNTimes->setText("3");
+    m_window->lineEditSi->setText("-100.000"); // each token comes at once
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QElapsedTimer sinceEnd;
+    connect(m_window.get(), &MainWindow::soundPlaying, this, [&](int index) {
+        if (index == -1)
+            sinceEnd.start();
+    });
+    QVERIFY(enter("waiting"));
+    QVERIFY(enter("delay"));
+    const QList<int> thinking = {150, 40, 90}; // ms
+    for (qsizetype trial = 0; trial < thinking.size(); ++trial) {
+        QVERIFY(awaitAnswering());
+        QTest::qWait(thinking.at(trial));
+        QTest::mousePress(subject("pushButtonChoice2"), Qt::LeftButton);
+        const auto expected = static_cast<double>(sinceEnd.elapsed());
+        QTest::mouseRelease(subject("pushButtonChoice2"), Qt::LeftButton);
+        const double rt = m_window->data.entries.at(trial).rt;
+        QVERIFY2(expected >= thinking.at(trial) && rt >= expected && rt < expected + longestDelay,
+                 qPrintable(QString("%1 instead of %2").arg(rt).arg(expected)));
+    }
+}
+
+void TestSession::parametersReadAgain_data()
+{
+    QTest::addColumn<bool>("autoPlay");
+    QTest::newRow("automatic") << true;
+    QTest::newRow("Next") << false;
+}
+
+// Catches fields that are not read when a session is prepared, at "Go", at its start or in the
+// automatic path, and fields that are read after "Next".
+void TestSession::parametersReadAgain()
+{
+    QFETCH(const bool, autoPlay);
+    QVERIFY(makeToken("MOV001.wav", 20));
+    m_window->lineEditNTimes->setText("2");
+    m_window->checkBoxAutoPlay->setChecked(autoPlay);
+    m_window->lineEditSi->setText("11.000");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QCOMPARE(m_window->data.si, 0.011);
+    m_window->lineEditSi->setText("12.000");
+    QVERIFY(enter("waiting"));
+    QCOMPARE(m_window->data.si, 0.012);
+    m_window->lineEditSi->setText("13.000");
+    QVERIFY(enter("delay"));
+    QCOMPARE(m_window->data.si, 0.013);
+    QVERIFY(awaitAnswering());
+    m_window->lineEditSi->setText("14.000");
+    click(subject("pushButtonChoice2"));
+    QCOMPARE(m_window->data.si, autoPlay ? 0.014 : 0.013);
+    if (!autoPlay) {
+        click(subject("pushButtonNext"));
+        QCOMPARE(m_window->data.si, 0.013);
+    }
+    QVERIFY(awaitAnswering());
+}
+
+void TestSession::debugLog_data()
+{
+    QTest::addColumn<bool>("autoPlay");
+    QTest::addColumn<QStringList>("lines");
+    QTest::newRow("automatic") << true
+                               << QStringList({"Test just started", "\"MOV001.wav\"",
+                                               "response:  2", "response:  4"});
+    QTest::newRow("Next") << false
+                          << QStringList({"Test just started", "\"MOV001.wav\"", "response:  2",
+                                          "\"MOV001.wav\"", "response:  4"});
+}
+
+// Catches a line of the log that is missing, in other words or at another event: a file name is
+// told at the start and after "Next" alone.
+void TestSession::debugLog()
+{
+    QFETCH(const bool, autoPlay);
+    static QStringList lines;
+    lines.clear();
+    QVERIFY(makeToken("MOV001.wav", 20));
+    m_window->lineEditNTimes->setText("2");
+    m_window->checkBoxAutoPlay->setChecked(autoPlay);
+    const QtMessageHandler before = qInstallMessageHandler(
+        [](QtMsgType type, const QMessageLogContext &, const QString &message) {
+            if (type == QtDebugMsg)
+                lines.append(message);
+        });
+    const auto restore = qScopeGuard([before] { qInstallMessageHandler(before); });
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QVERIFY(advance({}, "answering"));
+    click(subject("pushButtonChoice2"));
+    if (!autoPlay)
+        click(subject("pushButtonNext"));
+    QVERIFY(awaitAnswering());
+    click(subject("pushButtonChoice4"));
+    QTEST(lines, "lines");
 }
 
 // Catches samples read beyond a token whose own rate is lower than the session's.
@@ -368,6 +551,48 @@ void TestSession::lowRate()
     QCOMPARE(m_window->soundWave, QList<double>(400, 0.25));
     click(subject("pushButtonChoice2"));
     QVERIFY(subject("pushButtonDone")->isVisible());
+}
+
+// Catches a token cut to the number of samples that the parameters, read back between two
+// presentations, come to: by the duration's three decimals or by the session's rate.
+void TestSession::wholeTokenIsPlayed()
+{
+    constexpr int nRounded = 12010; // 250.208 ms, and 12009 samples again
+    constexpr int nFast = 9600;
+    const auto ramp = [](int length) {
+        QByteArray samples;
+        for (int i = 1; i <= length; ++i)
+            samples += WavBytes::little(static_cast<std::uint32_t>(i), 2);
+        return samples;
+    };
+    QVERIFY(writeFile(path("tokens/rounded.wav"), WavBytes{.data = ramp(nRounded)}.bytes()));
+    QVERIFY(writeFile(path("tokens/fast.wav"),
+                      WavBytes{.sampleRate = 2 * rate, .data = ramp(nFast)}.bytes()));
+    m_window->lineEditNTimes->setText("2");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+
+    QStringList played;
+    connect(m_window.get(), &MainWindow::soundPlaying, this, [&](int index) {
+        if (index != 1)
+            return;
+        const bool rounded = m_window->data.wavFileName == "rounded.wav";
+        const int length = rounded ? nRounded : nFast;
+        QList<float> samples;
+        for (int i = 1; i <= length; ++i)
+            samples.append(static_cast<float>(i) / 32768.0F);
+        const QByteArray bytes(reinterpret_cast<const char *>(samples.constData()),
+                               length * qsizetype{sizeof(float)});
+        const bool whole = m_window->audioData->contains(bytes);
+        const bool readBack = m_window->data.nSamples == (rounded ? nRounded - 1 : nFast / 2);
+        played.append(whole && readBack ? "whole" : "cut " + m_window->data.wavFileName);
+    });
+    QVERIFY(enter("waiting"));
+    QVERIFY(enter("delay"));
+    for (int trial = 0; trial < 4; ++trial) {
+        QVERIFY(awaitAnswering());
+        click(subject("pushButtonChoice2"));
+    }
+    QCOMPARE(played, QStringList(4, "whole"));
 }
 
 // Catches a token played although none is to be presented, and a session that cannot be left.
@@ -399,7 +624,7 @@ void TestSession::invalidResponse_data()
         QTest::addRow("%d", code) << code;
 }
 
-// Catches a code that is taken for an answer, and a warning in other words.
+// Catches a code that is taken for an answer, a warning in other words, and plays that count on.
 void TestSession::invalidResponse()
 {
     QFETCH(const int, code);
@@ -410,7 +635,9 @@ void TestSession::invalidResponse()
     QVERIFY(awaitAnswering());
     ModalAnswer answers;
     answers.press(QMessageBox::Ok);
+    QCOMPARE(m_window->playCount, 1);
     emit m_window->subjectWindow->subjectResponded(code);
+    QCOMPARE(m_window->playCount, 0);
     QCOMPARE(answers.problem(), "");
     const ModalAnswer::Box box = answers.boxes().first();
     QCOMPARE(box.title, "Warning");
@@ -422,6 +649,25 @@ void TestSession::invalidResponse()
     QCOMPARE(m_window->data.entries.first().resp, "");
     click(subject("pushButtonChoice2"));
     QCOMPARE(m_window->data.entries.first().resp, "mother");
+}
+
+// Catches a session that does not end as by an answer when "Next" comes after the last token.
+void TestSession::nextAtTheEnd()
+{
+    QVERIFY(makeToken("MOV001.wav", 20));
+    m_window->checkBoxSaveData->setChecked(true);
+    m_window->checkBoxAutoPlay->setChecked(false);
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    const QSignalSpy done(m_window.get(), &MainWindow::doneDataCollection);
+    QVERIFY(advance({}, "answering"));
+    ModalAnswer answers;
+    answers.choose(path("results.txt"));
+    emit m_window->subjectWindow->subjectResponded(NextResponse);
+    QCOMPARE(answers.problem(), "");
+    QCOMPARE(done.size(), 1);
+    QVERIFY(subject("pushButtonDone")->isVisible());
+    QVERIFY(QFileInfo::exists(path("results_entries.txt")));
+    QCOMPARE(m_window->trialIndex, 1);
 }
 
 void TestSession::closing_data()
@@ -481,8 +727,6 @@ void TestSession::closingAsATokenComes_data()
         QTest::addRow("asked before the token of a dead output, %s", answer)
             << "delay" << true << yes;
         QTest::addRow("asked while it sounds, %s", answer) << "playing" << false << yes;
-        QTest::addRow("asked while it sounds, then the output dies, %s", answer)
-            << "playing" << true << yes;
     }
 }
 
