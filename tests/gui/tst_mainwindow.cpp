@@ -1,20 +1,23 @@
 #include "gui/GuiTestMain.h"
+#include "gui/MethodTable.h"
 #include "gui/ModalAnswer.h"
 #include "gui/OperatorWindow.h"
 #include "subject/SubjectWindow.h"
 #include "unit/WavFile.h"
 
+#include <QChartView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMetaMethod>
+#include <QLineSeries>
 #include <QPointer>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QValueAxis>
 
 #include <memory>
 
@@ -98,10 +101,15 @@ private slots:
     void doNothingChangesNothing();
     void refresh();
     void quitCloses();
+
+    void freshOrder();
+    void desktopIsRenewed();
+    void deliveries();
     void secondGo();
 
     void destruction_data();
     void destruction();
+    void destructionOrder();
 
 private:
     bool prepare() const;
@@ -140,36 +148,37 @@ void TestMainWindow::title()
     QVERIFY(m_window->windowIcon().pixmap(16).isNull());
 }
 
-// Catches a signal or slot that is missing, renamed or with other arguments.
+// Catches a signal or slot that is missing, renamed, out of order or with other arguments.
 void TestMainWindow::signalsAndSlots()
 {
     const QMetaObject &meta = MainWindow::staticMetaObject;
-    const QList<QByteArray> expected = {
-        "soundPlaying(int)",
-        QMetaObject::normalizedSignature("doneDataCollection(qreal,qreal,qint32)"),
-        "deliverFeedBackStatus(bool)",
-        "deliverAutoPlayStatus(bool)",
-        "deliverSubCode(QString)",
-        "deliverWavFileName(QString)",
-        "pushButtonPractice_clicked()",
-        "pushButtonExperiment_clicked()",
-        "pushButtonGo_clicked()",
-        "updateMainwindow(int)",
-        "playOneSound()",
-        "doNothing()",
-        "handleAudioStateChanged(QAudio::State)",
-        "comboBoxSesType_currentIndexChanged(int)",
-        "comboBoxSoundType_currentIndexChanged(int)",
-        "comboBoxMainParameter_currentIndexChanged(int)",
-        "lineEditSubCode_textChanged(QString)",
-        "lineEditSesNum_textChanged(QString)",
-        "checkBoxSaveData_stateChanged(int)",
-        "checkBoxFeedBack_stateChanged(int)",
-        "checkBoxAutoPlay_stateChanged(int)",
-        "refreshMainWindow()"};
-    for (const QByteArray &signature : expected)
-        QVERIFY2(meta.indexOfMethod(signature) >= meta.methodOffset(), signature);
-    QCOMPARE(meta.methodCount() - meta.methodOffset(), expected.size());
+    QCOMPARE(methodTable(meta), QStringList({"signal soundPlaying(int)",
+                                             "signal doneDataCollection(double,double,int)",
+                                             "signal deliverFeedBackStatus(bool)",
+                                             "signal deliverAutoPlayStatus(bool)",
+                                             "signal deliverSubCode(QString)",
+                                             "signal deliverWavFileName(QString)",
+                                             "slot pushButtonPractice_clicked()",
+                                             "slot pushButtonExperiment_clicked()",
+                                             "slot pushButtonGo_clicked()",
+                                             "slot updateMainwindow(int)",
+                                             "slot playOneSound()",
+                                             "slot doNothing()",
+                                             "slot handleAudioStateChanged(QAudio::State)",
+                                             "slot comboBoxSesType_currentIndexChanged(int)",
+                                             "slot comboBoxSoundType_currentIndexChanged(int)",
+                                             "slot comboBoxMainParameter_currentIndexChanged(int)",
+                                             "slot lineEditSubCode_textChanged(QString)",
+                                             "slot lineEditSesNum_textChanged(QString)",
+                                             "slot checkBoxSaveData_stateChanged(int)",
+                                             "slot checkBoxFeedBack_stateChanged(int)",
+                                             "slot checkBoxAutoPlay_stateChanged(int)",
+                                             "slot refreshMainWindow()"}));
+    QByteArrayList names;
+    for (int i = 0; i < 5; ++i)
+        names += meta.method(meta.methodOffset() + i).parameterNames();
+    QCOMPARE(names, QByteArrayList({"index", "threshold", "reactionTime", "mainParameterIndex",
+                                    "feedBack", "autoPlay", "subCode"}));
 }
 
 void TestMainWindow::labels_data()
@@ -339,11 +348,19 @@ void TestMainWindow::selectorsStayHidden()
         QCOMPARE(comboBox->currentIndex(), 0);
 }
 
-// Catches other shares of the screen or another place than its middle.
+// Catches other shares of the screen or another place than its middle; run on two screens, of which
+// the smaller one shows the window as wide as its contents need.
 void TestMainWindow::geometryAtStart()
 {
-    QCOMPARE(QGuiApplication::primaryScreen()->availableSize(), QSize(800, 800));
-    QCOMPARE(m_window->geometry(), QRect(80, 40, 640, 720));
+    const QRect expected =
+        testScreen() == QSize(1440, 900) ? QRect(144, 45, 1152, 810) : QRect(80, 40, 640, 720);
+    QCOMPARE(QGuiApplication::primaryScreen()->availableSize(), testScreen());
+    QCOMPARE(m_window->geometry(), expected);
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QCOMPARE(m_window->geometry().topLeft(), expected.topLeft());
+    QCOMPARE(m_window->size(), expected.size().expandedTo(m_window->minimumSizeHint()));
+    QCOMPARE(m_window->width() == expected.width(), testScreen() == QSize(1440, 900));
 }
 
 void TestMainWindow::geometry_data()
@@ -653,6 +670,56 @@ void TestMainWindow::quitCloses()
     QCOMPARE(nothing.problem(), "");
 }
 
+// Catches an order of presentations that comes again: in the same window or in another.
+void TestMainWindow::freshOrder()
+{
+    m_window->lineEditNTimes->setText("1");
+    for (char name = 'b'; name <= 'z'; ++name)
+        QVERIFY(writeFile(m_folder->filePath(QString(QChar(name)) + ".wav"),
+                          WavBytes{.data = WavBytes::samples16({1, 2, 3})}.bytes()));
+    QList<QList<int>> orders;
+    for (int preparation = 0; preparation < 4; ++preparation) {
+        if (preparation == 2)
+            m_window = std::make_unique<OperatorWindow>();
+        QVERIFY(prepare());
+        QCOMPARE(m_window->randomSequence.size(), 26);
+        QVERIFY(!orders.contains(m_window->randomSequence));
+        orders.append(m_window->randomSequence);
+    }
+}
+
+// Catches a base folder that is read once only, when the program starts.
+void TestMainWindow::desktopIsRenewed()
+{
+    m_window->data.desktopPath = "elsewhere";
+    QVERIFY(prepare());
+    QCOMPARE(m_window->data.desktopPath, desktop());
+}
+
+// Catches a setting that reaches the subject window late, out of turn, never or from an earlier
+// reading of the controls.
+void TestMainWindow::deliveries()
+{
+    QVERIFY(prepare());
+    m_window->checkBoxFeedBack->setChecked(false);
+    m_window->lineEditSubCode->setText("S7");
+    QStringList delivered;
+    const auto note = [&](const QString &setting) {
+        delivered.append(m_window->subjectWindow->isVisible() ? setting + ", too late" : setting);
+    };
+    connect(m_window.get(), &MainWindow::deliverFeedBackStatus, this,
+            [&](bool feedBack) { note(QString("feedback %1").arg(feedBack)); });
+    connect(m_window.get(), &MainWindow::deliverAutoPlayStatus, this,
+            [&](bool autoPlay) { note(QString("automatic %1").arg(autoPlay)); });
+    connect(m_window.get(), &MainWindow::deliverSubCode, this,
+            [&](const QString &code) { note("code " + code); });
+    connect(m_window.get(), &MainWindow::deliverWavFileName, this,
+            [&](const QString &name) { note("name " + name); });
+    m_window->pushButtonGo->click();
+    QVERIFY(m_window->subjectWindow->isVisible());
+    QCOMPARE(delivered, QStringList({"feedback 0", "automatic 1", "code S7"}));
+}
+
 // Catches an earlier subject window that is deleted too soon, still follows the session or still
 // has a say in it.
 void TestMainWindow::secondGo()
@@ -731,6 +798,41 @@ void TestMainWindow::destruction()
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(QApplication::allWidgets().size(), before);
+}
+
+// Catches a chart that outlives the fields, and anything that the window leaves to its parent.
+void TestMainWindow::destructionOrder()
+{
+    QStringList destroyed;
+    const auto watch = [&](const QObject *object, const QString &kind) {
+        connect(object, &QObject::destroyed, this, [&destroyed, kind] { destroyed.append(kind); });
+    };
+    for (const LineChart &chart :
+         {m_window->waveformChart, m_window->spectrumChart, m_window->trendChart}) {
+        for (const QObject *object : std::initializer_list<const QObject *>{
+                 chart.series, chart.horizontalAxis, chart.verticalAxis, chart.chart, chart.view})
+            watch(object, "chart");
+    }
+    QStringList expected(15, "chart");
+    for (const QString kind : {"label", "lineEdit", "pushButton", "checkBox", "rowLayout",
+                               "gridLayout", "comboBox", "centralWidget"}) {
+        for (const QObject *object : m_window->findChildren<QObject *>()) {
+            if (object->objectName().startsWith(kind)) {
+                watch(object, "control");
+                expected.append("control");
+            }
+        }
+    }
+    for (const QObject *object : std::initializer_list<const QObject *>{
+             m_window->labelSesType, m_window->labelSoundType, m_window->labelMainParameter,
+             m_window->comboBoxSesType, m_window->comboBoxSoundType,
+             m_window->comboBoxMainParameter}) {
+        watch(object, "control");
+        expected.append("control");
+    }
+    QCOMPARE(expected.size(), 15 + 36 + 16 + 1);
+    m_window.reset();
+    QCOMPARE(destroyed, expected);
 }
 
 GUI_TEST_MAIN(TestMainWindow)

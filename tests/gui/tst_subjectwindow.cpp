@@ -1,4 +1,5 @@
 #include "gui/GuiTestMain.h"
+#include "gui/MethodTable.h"
 #include "gui/ModalAnswer.h"
 #include "subject/SubjectWindow.h"
 
@@ -38,6 +39,7 @@ private slots:
     void init();
     void cleanup();
 
+    void signalsAndSlots();
     void titleAndTexts();
     void layout();
     void policies();
@@ -59,6 +61,7 @@ private slots:
     void pictureChoice();
     void pictureGoesWithTheNextToken();
     void pictureBeforeTheSignal();
+    void greyBeforeHover();
 
     void finalText_data();
     void finalText();
@@ -66,6 +69,7 @@ private slots:
     void close_data();
     void close();
     void questionAsATokenComes();
+    void operatorHasQuit();
 
 private:
     QPushButton *button(const char *name) const { return m_window->findChild<QPushButton *>(name); }
@@ -108,6 +112,19 @@ QStringList TestSubjectWindow::enabled() const
             names.append(name);
     }
     return names;
+}
+
+// Catches a signal or slot that is missing, out of order or with other arguments.
+void TestSubjectWindow::signalsAndSlots()
+{
+    QCOMPARE(methodTable(SubjectWindow::staticMetaObject),
+             QStringList({"signal subjectResponded(int)", "signal subjectWindowClosed()",
+                          "slot pushButtonIAmReady_clicked()", "slot receiveFeedBackStatus(bool)",
+                          "slot receiveAutoPlayStatus(bool)", "slot receiveSubCode(QString)",
+                          "slot receiveWavFileName(QString)", "slot pushButtonNext_clicked()",
+                          "slot enableAllChoiceButtons()", "slot updateSubjectWindow(int)",
+                          "slot pushButtonChoice2_clicked()", "slot pushButtonChoice4_clicked()",
+                          "slot finishExperiment(double,double,int)"}));
 }
 
 // Catches a changed title or text, and an icon where the platform's default is to show.
@@ -162,11 +179,12 @@ void TestSubjectWindow::policies()
     QCOMPARE(label->textInteractionFlags(), Qt::TextSelectableByMouse);
 }
 
-// Catches other shares of the screen or another place than its middle.
+// Catches other shares of the screen or another place than its middle; run on two screens.
 void TestSubjectWindow::geometryAtStart()
 {
-    QCOMPARE(QGuiApplication::primaryScreen()->availableSize(), QSize(800, 800));
-    QCOMPARE(m_window->geometry(), QRect(240, 240, 320, 320));
+    QCOMPARE(QGuiApplication::primaryScreen()->availableSize(), testScreen());
+    QCOMPARE(m_window->geometry(), testScreen() == QSize(1440, 900) ? QRect(432, 270, 576, 360)
+                                                                    : QRect(240, 240, 320, 320));
 }
 
 void TestSubjectWindow::geometry_data()
@@ -273,6 +291,20 @@ void TestSubjectWindow::states_data()
     QTest::newRow("finished, feedback, automatic")
         << true << true << (QStringList(answered) << "finish") << withDone
         << QStringList("pushButtonDone");
+    QTest::newRow("finished while locked") << true << true
+                                           << (QStringList(ready) << "1"
+                                                                  << "finish")
+                                           << withDone << QStringList("pushButtonDone");
+    QTest::newRow("ready after the end") << true << true
+                                         << (QStringList() << "finish"
+                                                           << "ready")
+                                         << withNext << none;
+    QTest::newRow("next after the end") << true << false
+                                        << (QStringList(answered) << "finish"
+                                                                  << "-1"
+                                                                  << "mother"
+                                                                  << "next")
+                                        << withNext << none;
     QTest::newRow("finished") << false << true << (QStringList(answered) << "finish")
                               << QStringList("pushButtonDone") << QStringList("pushButtonDone");
 }
@@ -461,6 +493,30 @@ void TestSubjectWindow::pictureBeforeTheSignal()
     QCOMPARE(button("pushButtonChoice2")->styleSheet(), correctSheet);
 }
 
+// Catches the sheets of "Stranger" in another order, or one of them left out.
+void TestSubjectWindow::greyBeforeHover()
+{
+    /// Notes every sheet that a button gets.
+    struct Sheets : QObject
+    {
+        QStringList set;
+        bool eventFilter(QObject *watched, QEvent *event) override
+        {
+            if (event->type() == QEvent::StyleChange)
+                set.append(qobject_cast<QWidget *>(watched)->styleSheet());
+            return false;
+        }
+    } sheets;
+    click("pushButtonIAmReady");
+    button("pushButtonChoice4")->installEventFilter(&sheets);
+    m_window->updateSubjectWindow(1);
+    QCOMPARE(sheets.set, QStringList());
+    m_window->updateSubjectWindow(-1);
+    QCOMPARE(sheets.set,
+             QStringList({" QPushButton {background-color: rgb(190, 190, 190); border: none;} ",
+                          hoverSheet}));
+}
+
 void TestSubjectWindow::finalText_data()
 {
     QTest::addColumn<double>("threshold");
@@ -562,6 +618,22 @@ void TestSubjectWindow::questionAsATokenComes()
     QCOMPARE(answers.problem(), "");
     QCOMPARE(problems, QStringList());
     QVERIFY(m_window->isVisible());
+}
+
+// Catches a question that nobody is left to answer, and a report of closing to a window that is
+// closed itself.
+void TestSubjectWindow::operatorHasQuit()
+{
+    const ModalAnswer nothing;
+    QWidget operatorsWindow;
+    operatorsWindow.show();
+    SubjectWindow window(&operatorsWindow);
+    window.show();
+    const QSignalSpy closed(&window, &SubjectWindow::subjectWindowClosed);
+    QVERIFY(operatorsWindow.close());
+    QVERIFY(window.close());
+    QCOMPARE(nothing.problem(), "");
+    QCOMPARE(closed.size(), 0);
 }
 
 GUI_TEST_MAIN(TestSubjectWindow)

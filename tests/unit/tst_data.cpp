@@ -5,6 +5,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
+#include <functional>
 #include <type_traits>
 
 // A count that became 64-bit or a duration that became single would change the result files.
@@ -29,6 +31,7 @@ private slots:
     void defaultsOfRecord();
     void defaultsOfEntry();
     void copiesAreIndependent();
+    void orderOfFields();
 
 private:
     QTemporaryDir m_home;
@@ -138,6 +141,53 @@ void TestData::copiesAreIndependent()
     QCOMPARE(original.records.at(0).nMother, 0);
     QVERIFY(original.entries.isEmpty());
     QCOMPARE(original.subCode, "CHD001");
+}
+
+// Catches a field that is declared in another place.
+void TestData::orderOfFields()
+{
+    const auto ascending = [](const QList<const void *> &fields) {
+        return std::adjacent_find(fields.begin(), fields.end(), std::greater_equal<>()) ==
+               fields.end();
+    };
+    const Data d;
+    QVERIFY(ascending({&d.fs,
+                       &d.soundDuration,
+                       &d.nSamples,
+                       &d.durationToPlot,
+                       &d.nPointsToPlot,
+                       &d.alwaysPlotEntireWaveformFlag,
+                       &d.upperFrequencyToPlot,
+                       &d.nFreqPointsToPlot,
+                       &d.desktopPath,
+                       &d.outputFilePath,
+                       &d.wavFilePath,
+                       &d.subCode,
+                       &d.outputFileName,
+                       &d.outputFileName_entries,
+                       &d.outputFileName_parameters,
+                       &d.sesTypeNames,
+                       &d.sesTypeIndex,
+                       &d.soundTypeNames,
+                       &d.soundTypeIndex,
+                       &d.mainParameterNames,
+                       &d.mainParameterIndex,
+                       &d.sesNum,
+                       &d.nTimes,
+                       &d.si,
+                       &d.wavFileName,
+                       &d.records,
+                       &d.entries,
+                       &d.threshold,
+                       &d.reactionTime,
+                       &d.saveData,
+                       &d.feedBack,
+                       &d.autoPlay}));
+    const Record r;
+    QVERIFY(ascending({&r.filePath, &r.filename, &r.stim, &r.nMother, &r.nStranger, &r.rt,
+                       &r.rt_correct, &r.rt_incorrect}));
+    const Entry e;
+    QVERIFY(ascending({&e.filePath, &e.filename, &e.stim, &e.resp, &e.correctness, &e.rt}));
 }
 
 QTEST_APPLESS_MAIN(TestData)
