@@ -30,8 +30,8 @@ class SubjectWindow;
 enum class Category;
 
 /// The operator's window: builds its controls, owns every object of a session and carries out the
-/// experiment on the one GUI thread. Each heading below names the file, in the folder of its topic,
-/// that holds what follows; the rules applied there are functions of ostrine_core.
+/// experiment on the one GUI thread. Headings name the file, in the folder of its topic, that
+/// defines the functions below them; the rules applied there are functions of ostrine_core.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
