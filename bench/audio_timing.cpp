@@ -16,6 +16,7 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QPushButton>
 #include <QRandomGenerator>
 #include <QStandardPaths>
@@ -66,6 +67,16 @@ void wait(int ms)
     waitFor([] { return false; }, ms);
 }
 
+/// The environment of another program that uses sound: without what this one asks of the server for
+/// its own streams.
+QProcessEnvironment environmentOfOthers()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("PULSE_PROP");
+    environment.remove("PIPEWIRE_PROPS");
+    return environment;
+}
+
 /// What the recording process writes: 64 samples and when they arrived.
 struct Fragment
 {
@@ -101,6 +112,7 @@ class Recording
 public:
     Recording()
     {
+        m_process.setProcessEnvironment(environmentOfOthers());
         m_process.start(QCoreApplication::applicationFilePath(), {"--record", path()});
         if (!waitFor([this] { return QFile(path()).size() > 0; }, 10000))
             qFatal("nothing is recorded");

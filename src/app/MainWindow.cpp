@@ -103,6 +103,15 @@ MainWindow::MainWindow(QWidget *parent)
     connect(checkBoxAutoPlay, SIGNAL(stateChanged(int)), this,
             SLOT(checkBoxAutoPlay_stateChanged(int)));
 
+    presentationTimer.setSingleShot(true);
+    connect(&presentationTimer, &QTimer::timeout, this, &MainWindow::playOneSound);
+    connect(&streamFollower, &StreamFollower::stalled, this, &MainWindow::reportStop);
+    connect(&streamFollower, &StreamFollower::tokenHeard, this, [this] {
+        // Releasing the output may take some 10 ms: the clock must not wait.
+        endSound();
+        releaseAudioOutput();
+    });
+
     setupGUIMainWindow();
     initParameters();
     displayEmptyWav();
@@ -113,7 +122,7 @@ MainWindow::MainWindow(QWidget *parent)
 MainWindow::~MainWindow()
 {
     // Releasing the output runs pending events: no presentation may start from them any more.
-    playCount = maxPlayCount;
+    presentationTimer.stop();
     releaseAudioOutput();
 
     for (const LineChart *chart : {&waveformChart, &spectrumChart, &trendChart})

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "audio/CWav.h"
-#include "audio/StreamProgress.h"
+#include "audio/PresentationTiming.h"
+#include "audio/StreamFollower.h"
 #include "audio/TokenSound.h"
 #include "data/Data.h"
 #include "plots/LineChart.h"
@@ -12,6 +13,7 @@
 #include <QMainWindow>
 #include <QPointF>
 #include <QString>
+#include <QTimer>
 
 class QAudioSink;
 class QBuffer;
@@ -25,7 +27,6 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTextStream;
-class QTimer;
 class SubjectWindow;
 enum class Category;
 
@@ -121,8 +122,8 @@ protected:
     /// Schedules the current token's presentation, if one is left, and returns the advanced
     /// trialIndex.
     int playWav();
-    /// How much of the stream that plays the sound server has taken from the sink's buffer.
-    qint64 nFramesTaken() const;
+    /// How far the sound server is with the stream of audioSink, which must not be null.
+    StreamFollower::Reading readStream() const;
 
     // data/MainWindow_resultFiles.cpp
     void updateOutputFilePath();
@@ -221,7 +222,8 @@ protected:
     qint32 nTokens = 0;
     qint32 playCount = 0;
     qint32 maxPlayCount = 0;
-    qint32 nPreparations = 0; ///< how often a session has been prepared
+    QTimer presentationTimer;               ///< runs in the delay before a token
+    StreamFollower::Time presentationDue{}; ///< when it is to fire, by streamFollower's clock
     QElapsedTimer *reactionTimer = nullptr;
     qint32 reactionTimerStarts = 0;
     SubjectWindow *subjectWindow = nullptr;
@@ -236,8 +238,8 @@ protected:
     QByteArray *audioData = nullptr;
     QBuffer *audioBuffer = nullptr;
     QAudioSink *audioSink = nullptr;
-    StreamProgress streamProgress;
-    QTimer *stallTimer = nullptr; ///< runs while the sound server is to take samples
+    StreamFollower streamFollower;
+    QList<PresentationTiming> presentationTimings; ///< one per presentation, like data.entries
 
     bool centerFlag = true;
     double widthFraction = 0.8;
@@ -257,9 +259,9 @@ private:
 
     // audio/MainWindow_playback.cpp
     void sizeTimeAxis();
-    void reportStop();
-    void followStream();
+    void reportStop() const;
     void endSound();
+    void keepTiming(StreamFollower::Time clockStart);
     void releaseAudioOutput();
 
     // data/MainWindow_resultFiles.cpp

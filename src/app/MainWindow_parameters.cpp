@@ -2,6 +2,7 @@
 
 #include "app/FieldText.h"
 #include "app/MainWindow.h"
+#include "audio/ServerPeriod.h"
 #include "plots/Spectrum.h"
 
 #include <QAudioDevice>
@@ -12,7 +13,6 @@
 #include <QLineEdit>
 #include <QMediaDevices>
 #include <QPushButton>
-#include <QTimer>
 
 #include <cmath>
 
@@ -70,10 +70,8 @@ void MainWindow::initParameters()
         font->setWeight(QFont::Normal);
 
     reactionTimer = new QElapsedTimer;
-    stallTimer = new QTimer(this);
-    stallTimer->setSingleShot(true);
-    connect(stallTimer, &QTimer::timeout, this, &MainWindow::reportStop);
 
+    requestServerPeriod(); // the question below opens the connection to the sound server
     audioOutputFormat.setSampleRate(static_cast<int>(data.fs));
     audioOutputFormat.setChannelCount(1);
     audioOutputFormat.setSampleFormat(QAudioFormat::Float);

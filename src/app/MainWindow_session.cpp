@@ -41,8 +41,8 @@ void MainWindow::getReadyToGo()
 {
     // A session that was broken off may still be sounding or have a presentation scheduled; neither
     // may reach into this one.
+    presentationTimer.stop();
     releaseAudioOutput();
-    ++nPreparations;
 
     data.records.clear();
     data.entries.clear();

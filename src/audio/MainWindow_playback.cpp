@@ -30,9 +30,8 @@ constexpr std::chrono::microseconds longestBuffer = 10s;
 /// that there must always be more.
 constexpr std::chrono::microseconds notBuffered = trailingSilence / 4;
 
-/// How long a server may take no samples before the operator is told: longer than one takes to wake
-/// an output up. Qt 6.11 does not tell that the server has died while a token plays.
-constexpr std::chrono::milliseconds longestStall = 5s;
+/// Qt's rule for a single shot: a coarse timer may be 5 % late.
+constexpr std::chrono::milliseconds coarseFrom = 2s;
 
 } // namespace
 
@@ -88,13 +87,10 @@ void MainWindow::sizeTimeAxis()
 int MainWindow::playWav()
 {
     if (randomSequence.size() > trialIndex) {
-        // A session that is broken off keeps its scheduled token, but once another one has been
-        // prepared that token must not sound in it.
-        QTimer::singleShot(presentationDelay(data.soundDuration, data.si), this,
-                           [this, preparation = nPreparations] {
-                               if (preparation == nPreparations)
-                                   playOneSound();
-                           });
+        const std::chrono::milliseconds delay(presentationDelay(data.soundDuration, data.si));
+        presentationTimer.setTimerType(delay < coarseFrom ? Qt::PreciseTimer : Qt::CoarseTimer);
+        presentationTimer.start(delay);
+        presentationDue = streamFollower.now() + delay;
     }
     return ++trialIndex;
 }
@@ -105,7 +101,7 @@ void MainWindow::playOneSound()
         return;
 
     releaseAudioOutput(); // the sound of a session that was broken off may still be there
-    const qint64 before = streamProgress.leadingSilence(soundWave.size());
+    const qint64 before = streamFollower.progress().leadingSilence(soundWave.size());
     const auto behind = audioOutputFormat.framesForDuration(trailingSilence.count());
     audioData = new QByteArray(playbackBytes(before, soundWave, behind));
     audioBuffer = new QBuffer(audioData);
@@ -116,11 +112,8 @@ void MainWindow::playOneSound()
     audioSink->setBufferSize(std::min<qsizetype>(
         audioOutputFormat.bytesForDuration(longestBuffer.count()),
         audioData->size() - audioOutputFormat.bytesForDuration(notBuffered.count())));
-    stallTimer->start(longestStall);
     audioSink->start(audioBuffer);
-    handleAudioStateChanged(audioSink->state()); // some versions fail to start without a word
-    streamProgress.start(before + soundWave.size());
-    followStream();
+    streamFollower.follow(before + soundWave.size(), [this] { return readStream(); });
 
     ++playCount;
     emit soundPlaying(playCount);
@@ -128,56 +121,27 @@ void MainWindow::playOneSound()
 
 void MainWindow::handleAudioStateChanged(QAudio::State audioState)
 {
-    // A late notification may be of an output that has been released.
-    if (audioSink != nullptr && audioState == QAudio::StoppedState &&
-        audioSink->error() != QAudio::NoError)
-        reportStop();
+    if (audioState == QAudio::StoppedState)
+        streamFollower.look();
     // Idle tells neither the end of a sound, nor of the stream: a sink is idle as well when it has
     // run dry for a moment, and when it has read its source with all of that still in its buffer.
 }
 
-/// The output has stopped, or seems to. Disconnecting makes it a single warning however often that
-/// is told.
-void MainWindow::reportStop()
-{
-    stallTimer->stop();
-    if (audioSink->disconnect(this))
-        qWarning() << "Audio stopped unexpectedly";
-}
-
-qint64 MainWindow::nFramesTaken() const
-{
-    const qint64 buffered = audioSink->bufferSize() - audioSink->bytesFree();
-    return (audioBuffer->pos() - buffered) / audioOutputFormat.bytesPerFrame();
-}
-
-/// Looks every millisecond how much of the stream has been taken, and ends the sound when the token
-/// has been heard whole. A stream that stops by itself is not followed any further.
-void MainWindow::followStream()
+StreamFollower::Reading MainWindow::readStream() const
 {
     if (audioSink->state() == QAudio::StoppedState)
-        return;
-    const qint64 takenBefore = streamProgress.taken();
-    const std::optional<qint64> unheard = streamProgress.unheard(
-        nFramesTaken(), audioOutputFormat.framesForDuration(audioSink->processedUSecs()));
-    if (streamProgress.taken() > takenBefore)
-        stallTimer->start();
-    const auto wait = unheard ? std::chrono::microseconds(audioOutputFormat.durationForFrames(
-                                    static_cast<qint32>(*unheard)))
-                              : 1ms;
-    // Events are processed while a sink is deleted: what waits for it must not meet another one.
-    QTimer::singleShot(std::chrono::round<std::chrono::milliseconds>(wait), Qt::PreciseTimer,
-                       audioSink, [this, sink = audioSink, heard = unheard.has_value()] {
-                           if (audioSink != sink || sink->state() == QAudio::StoppedState)
-                               return;
-                           if (!heard) {
-                               followStream();
-                               return;
-                           }
-                           // Releasing the output may take some 10 ms: the clock must not wait.
-                           endSound();
-                           releaseAudioOutput();
-                       });
+        return {.stopped = true};
+    const qint64 buffered = audioSink->bufferSize() - audioSink->bytesFree();
+    return {.taken = (audioBuffer->pos() - buffered) / audioOutputFormat.bytesPerFrame(),
+            .played = audioOutputFormat.framesForDuration(audioSink->processedUSecs())};
+}
+
+/// The output has stopped, or the sound server takes nothing of it any more.
+void MainWindow::reportStop() const
+{
+    if (streamFollower.state() == StreamFollower::State::Stalled ||
+        audioSink->error() != QAudio::NoError)
+        qWarning() << "Audio stopped unexpectedly";
 }
 
 /// The token has been heard: after the last play the reaction clock runs and the subject may
@@ -191,7 +155,22 @@ void MainWindow::endSound()
     else
         reactionTimer->restart();
     ++reactionTimerStarts;
+    const StreamFollower::Time clockStart = streamFollower.now();
     emit soundPlaying(-1);
+    keepTiming(clockStart);
+}
+
+/// Keeps how well the presentation went with its trial, and tells the operator what was wrong.
+void MainWindow::keepTiming(StreamFollower::Time clockStart)
+{
+    const PresentationTiming timing =
+        presentationTiming(streamFollower.progress(), presentationDue, clockStart);
+    const qint32 trial = trialIndex - 1;
+    if (trial >= 0 && trial < presentationTimings.size())
+        presentationTimings[trial] = timing;
+    const QString problem = timingProblem(timing);
+    if (!problem.isEmpty())
+        qWarning().noquote() << "Trial" << trialIndex << "-" << problem;
 }
 
 /// Silences and deletes what plays, if anything does. The members are cleared first: deleting a
@@ -201,8 +180,8 @@ void MainWindow::releaseAudioOutput()
     QAudioSink *sink = std::exchange(audioSink, nullptr);
     QBuffer *buffer = std::exchange(audioBuffer, nullptr);
     QByteArray *bytes = std::exchange(audioData, nullptr);
+    streamFollower.release();
     if (sink != nullptr) {
-        stallTimer->stop();
         sink->disconnect(this);
         sink->reset(); // stop() may play what is left in the buffer first, and wait for it
         buffer->close();

@@ -62,4 +62,5 @@ void MainWindow::selectFolder()
 void MainWindow::initDataEntries()
 {
     data.entries = QList<Entry>(presentationCount(nTokens, data.nTimes).value_or(0), Entry());
+    presentationTimings = QList<PresentationTiming>(data.entries.size());
 }

@@ -1,6 +1,9 @@
 #include "audio/StreamProgress.h"
 
 #include <algorithm>
+#include <ratio>
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -16,6 +19,16 @@ constexpr qint64 settledAt = 4096;
 /// after when it is 1024.
 constexpr qint64 ordinaryPeriod = 576;
 
+/// What is taken within this time of another step belongs to the same moment of the server's: a
+/// look can fall into the middle of a block.
+constexpr StreamProgress::Time sameTake = 3ms;
+
+constexpr StreamProgress::Time durationOf(qint64 nSamples)
+{
+    using Samples = std::chrono::duration<qint64, std::ratio<1, 48000>>;
+    return std::chrono::duration_cast<StreamProgress::Time>(Samples(nSamples));
+}
+
 } // namespace
 
 qint64 StreamProgress::leadingSilence(qint64 nSamples) const
@@ -23,27 +36,63 @@ qint64 StreamProgress::leadingSilence(qint64 nSamples) const
     return (m_block - nSamples % m_block) % m_block;
 }
 
-void StreamProgress::start(qint64 tokenEnd)
+void StreamProgress::start(qint64 tokenEnd, Time now)
 {
     m_steps.clear();
-    m_taken = 0;
     m_tokenEnd = tokenEnd;
+    m_taken = 0;
+    m_lastLook = now;
+    m_firstTakenAt = now;
+    m_lastTakenAt = now;
+    m_lastTake.reset();
+    m_serverDelay = {};
+    m_longestBlindness = {};
+    m_tokenHeardAt.reset();
 }
 
-std::optional<qint64> StreamProgress::unheard(qint64 taken, qint64 played)
+void StreamProgress::look(Time now, qint64 taken, qint64 played)
 {
-    if (taken > m_taken) {
-        m_steps.append(taken - m_taken);
-        if (m_taken >= settledAt)
-            m_block = std::min(taken - m_taken, ordinaryBlock);
-        m_taken = taken;
+    if (m_tokenHeardAt)
+        return;
+    m_longestBlindness = std::max(m_longestBlindness, now - m_lastLook);
+    if (taken > m_taken)
+        takeTo(taken, now);
+    if (taken >= m_tokenEnd && !m_steps.isEmpty()) {
+        // Of what is taken later than one period before now, the rest has still to be heard. All of
+        // it was heard after the last look, at which the token had not been taken whole.
+        const Time byPeriod = now + period() - durationOf(taken - m_tokenEnd);
+        const Time byAccount = now + durationOf(m_tokenEnd - played);
+        m_tokenHeardAt = std::max({byPeriod, byAccount, m_lastLook});
     }
-    if (taken < m_tokenEnd || m_steps.isEmpty())
-        return std::nullopt;
+    m_lastLook = now;
+}
+
+void StreamProgress::takeTo(qint64 taken, Time now)
+{
+    const qint64 step = taken - m_taken;
+    m_steps.insert(std::upper_bound(m_steps.begin(), m_steps.end(), step), step);
+    if (m_taken >= settledAt)
+        m_block = std::min(step, ordinaryBlock);
+
+    if (m_taken == 0)
+        m_firstTakenAt = now;
+    m_lastTakenAt = now;
+    if (m_lastTake && now - m_lastTake->at <= sameTake) {
+        m_lastTake->end = taken;
+    } else {
+        if (m_lastTake && m_lastTake->begin >= settledAt) {
+            const Time due = m_lastTake->at + durationOf(m_lastTake->end - m_lastTake->begin);
+            m_serverDelay = std::max(m_serverDelay, m_lastLook - due);
+        }
+        m_lastTake = {now, m_taken, taken};
+    }
+    m_taken = taken;
+}
+
+StreamProgress::Time StreamProgress::period() const
+{
     // Now and then a look sees one block in two steps, or, late, two blocks in one. The median is
     // that of the others.
-    const auto median = m_steps.begin() + (m_steps.size() - 1) / 2;
-    std::nth_element(m_steps.begin(), median, m_steps.end());
-    const qint64 period = *median > ordinaryBlock ? *median : ordinaryPeriod;
-    return std::max({period - (taken - m_tokenEnd), m_tokenEnd - played, qint64{0}});
+    const qint64 median = m_steps.isEmpty() ? 0 : m_steps.at((m_steps.size() - 1) / 2);
+    return durationOf(median > ordinaryBlock ? median : ordinaryPeriod);
 }

@@ -22,7 +22,8 @@
 constexpr std::chrono::microseconds trailingSilence = std::chrono::milliseconds(500);
 
 /// Follows how the sound server takes streams from a sink's buffer, and tells when the token in
-/// each has been heard. All lengths and positions are numbers of samples at 48 kHz.
+/// each has been heard. Lengths and positions are numbers of samples at 48 kHz, times those of a
+/// clock that never goes back.
 ///
 /// The server asks for samples block by block, and how much it has taken is known exactly only when
 /// it has just asked. A token is therefore preceded by as much silence as makes it end with a
@@ -31,23 +32,62 @@ constexpr std::chrono::microseconds trailingSilence = std::chrono::milliseconds(
 class StreamProgress
 {
 public:
+    using Time = std::chrono::nanoseconds;
+
     /// The silence to play before a token of @p nSamples: less than a block.
     qint64 leadingSilence(qint64 nSamples) const;
 
-    /// A stream starts whose token ends at the position @p tokenEnd.
-    void start(qint64 tokenEnd);
+    /// A stream starts at @p now whose token ends at the position @p tokenEnd.
+    void start(qint64 tokenEnd, Time now);
 
-    /// Takes how much of the stream the server has @p taken by now, and how much it says to have
-    /// @p played; to be called about every millisecond. Returns how long the token has still to be
-    /// heard once the server has taken all of it, nothing as long as it has not.
-    std::optional<qint64> unheard(qint64 taken, qint64 played);
+    /// Takes how much of the stream the server has @p taken by @p now, and how much it says to have
+    /// @p played; to be called about every millisecond until the token's end is known. After that
+    /// nothing changes any more.
+    void look(Time now, qint64 taken, qint64 played);
+
+    /// When the token has been heard: at most one period of the server ahead, or in the past when
+    /// the look that saw it came late. Nothing as long as the server has not taken all of it.
+    std::optional<Time> tokenHeardAt() const { return m_tokenHeardAt; }
 
     /// How much of the stream had been taken at the last look.
     qint64 taken() const { return m_taken; }
 
+    /// When looks saw the server take the first and the last samples so far; the start of the
+    /// stream as long as it has taken none.
+    Time firstTakenAt() const { return m_firstTakenAt; }
+    Time lastTakenAt() const { return m_lastTakenAt; }
+
+    /// The server's period, as far as its blocks tell it.
+    Time period() const;
+
+    /// How late the server was, at the worst, to take its next block. It is what the looks prove:
+    /// what may have happened between two of them does not count.
+    Time serverDelay() const { return m_serverDelay; }
+
+    /// The longest time between two looks. A delay of the server's that is shorter may have gone
+    /// unseen.
+    Time longestBlindness() const { return m_longestBlindness; }
+
 private:
+    /// A moment at which the server took samples, and their positions.
+    struct Take
+    {
+        Time at;
+        qint64 begin;
+        qint64 end;
+    };
+
+    void takeTo(qint64 taken, Time now);
+
     qint64 m_block = 1024; ///< what the server asks for at a time; at first PipeWire's
-    QList<qint64> m_steps; ///< what it has taken of this stream between two looks, in any order
-    qint64 m_taken = 0;
     qint64 m_tokenEnd = 0;
+    qint64 m_taken = 0;
+    QList<qint64> m_steps; ///< what it has taken of this stream between two looks, in order of size
+    std::optional<Take> m_lastTake;
+    Time m_lastLook{};
+    Time m_firstTakenAt{};
+    Time m_lastTakenAt{};
+    Time m_serverDelay{};
+    Time m_longestBlindness{};
+    std::optional<Time> m_tokenHeardAt;
 };

@@ -108,14 +108,17 @@ bool TestFaults::start() const
 /// Waits until the server has taken @p nSamples.
 bool TestFaults::awaitTaken(int nSamples) const
 {
-    return QTest::qWaitFor([&] { return m_window->nFramesTaken() > nSamples; }, longestWait);
+    return QTest::qWaitFor([&] { return m_window->readStream().taken > nSamples; }, longestWait);
 }
 
 /// Waits until the output has stopped by itself, or has been given up.
 bool TestFaults::awaitFailure() const
 {
     return QTest::qWaitFor(
-        [this] { return m_window->audioSink != nullptr && !m_window->stallTimer->isActive(); },
+        [this] {
+            return m_window->streamFollower.state() == StreamFollower::State::Stopped ||
+                   m_window->streamFollower.state() == StreamFollower::State::Stalled;
+        },
         longestWait);
 }
 
@@ -377,7 +380,7 @@ void TestFaults::serverStallsWhilePlaying()
     connect(m_window.get(), &MainWindow::soundPlaying, this, [&](int index) {
         if (index == -1 && !untaken)
             untaken =
-                m_window->audioData->size() / format.bytesPerFrame() - m_window->nFramesTaken();
+                m_window->audioData->size() / format.bytesPerFrame() - m_window->readStream().taken;
     });
     QVERIFY(start());
     QVERIFY(awaitTaken(longToken / 3));

@@ -142,7 +142,7 @@ void TestPlayback::stopBeforeTheEndEndsNothing()
         const qint64 tokenEnd =
             window.audioData->size() / window.audioOutputFormat.bytesPerFrame() - behind;
         for (const QDeadlineTimer limit(endTimeout);
-             window.audioSink != nullptr && window.nFramesTaken() < tokenEnd;) {
+             window.audioSink != nullptr && window.readStream().taken < tokenEnd;) {
             QVERIFY(!limit.hasExpired());
             QCoreApplication::processEvents();
         }

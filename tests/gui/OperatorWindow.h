@@ -23,7 +23,6 @@ public:
     using MainWindow::genWav;
     using MainWindow::getParameters;
     using MainWindow::initDataEntries;
-    using MainWindow::nFramesTaken;
     using MainWindow::playWav;
     using MainWindow::updateStatusString;
     using MainWindow::updateTrend;
@@ -38,10 +37,13 @@ public:
     using MainWindow::nTimesSeq;
     using MainWindow::nTokens;
     using MainWindow::playCount;
+    using MainWindow::presentationTimer;
+    using MainWindow::presentationTimings;
     using MainWindow::randomSequence;
     using MainWindow::reactionTimer;
+    using MainWindow::readStream;
     using MainWindow::soundWave;
-    using MainWindow::stallTimer;
+    using MainWindow::streamFollower;
     using MainWindow::subjectWindow;
     using MainWindow::tokenIndex;
     using MainWindow::trialIndex;

@@ -3,23 +3,64 @@
 #include <QList>
 #include <QTest>
 
+#include <chrono>
+#include <ratio>
+
+using namespace std::chrono_literals;
+
 namespace {
 
-using Unheard = std::optional<qint64>;
+using Time = StreamProgress::Time;
 
 constexpr qint64 ordinaryPeriod = 576; // 12 ms
 
+Time samples(qint64 n)
+{
+    return std::chrono::duration_cast<Time>(std::chrono::duration<qint64, std::ratio<1, 48000>>(n));
+}
+
+/// How long a token has still to be heard at the last of some looks, in samples.
+using Unheard = std::optional<qint64>;
+
+/// Looks at streams, a millisecond later each time unless another time is set.
+class Looks
+{
+public:
+    void start(qint64 tokenEnd) { progress.start(tokenEnd, now); }
+
+    Unheard at(qint64 taken, qint64 played)
+    {
+        now += 1ms;
+        progress.look(now, taken, played);
+        const std::optional<Time> heardAt = progress.tokenHeardAt();
+        if (!heardAt)
+            return std::nullopt;
+        return std::chrono::round<std::chrono::duration<qint64, std::ratio<1, 48000>>>(*heardAt -
+                                                                                       now)
+            .count();
+    }
+
+    Unheard at(qint64 taken) { return at(taken, taken); }
+
+    StreamProgress progress;
+    Time now = 1h;
+};
+
 /// What is told as a server takes a stream in blocks of @p block samples, looked at twice in each,
 /// until the token that ends at @p tokenEnd has been taken.
-Unheard follow(StreamProgress &progress, qint64 block, qint64 tokenEnd)
+Unheard follow(Looks &looks, qint64 block, qint64 tokenEnd)
 {
-    progress.start(tokenEnd);
+    looks.start(tokenEnd);
     for (qint64 taken = 0;; taken += block) {
-        const Unheard unheard = progress.unheard(taken, taken);
-        if (unheard != progress.unheard(taken, taken))
+        looks.at(taken);
+        const std::optional<Time> heardAt = looks.progress.tokenHeardAt();
+        if (!heardAt && taken > tokenEnd)
+            return std::nullopt;
+        const Unheard unheard = looks.at(taken);
+        if (looks.progress.tokenHeardAt() != heardAt)
             return -1; // looking again must change nothing
-        if (unheard || taken > tokenEnd)
-            return unheard;
+        if (unheard)
+            return *unheard + 48; // the second look is a millisecond later
     }
 }
 
@@ -44,6 +85,13 @@ private slots:
     void endBeforeTheFirstLook();
     void nextStream();
     void serverPlaysLater();
+    void lookThatComesLate();
+    void endNotBeforeTheLastLook();
+    void serverDelay_data();
+    void serverDelay();
+    void startOfAStreamIsNoDelay();
+    void blindness();
+    void timesOfTheBlocks();
 };
 
 void TestStreamProgress::leadingSilence_data()
@@ -69,11 +117,11 @@ void TestStreamProgress::leadingSilence()
 // Catches a token ended while the buffer still holds some of it.
 void TestStreamProgress::nothingBeforeAllIsTaken()
 {
-    StreamProgress progress;
-    progress.start(3072);
+    Looks looks;
+    looks.start(3072);
     for (const qint64 taken : {0, 0, 1024, 1024, 2048, 3071})
-        QCOMPARE(progress.unheard(taken, taken), std::nullopt);
-    QVERIFY(progress.unheard(3072, 3072).has_value());
+        QCOMPARE(looks.at(taken), std::nullopt);
+    QVERIFY(looks.at(3072).has_value());
 }
 
 void TestStreamProgress::period_data()
@@ -86,7 +134,6 @@ void TestStreamProgress::period_data()
     QTest::newRow("shorter block") << qint64{960} << qint64{12480} << ordinaryPeriod;
     QTest::newRow("token ends within the block")
         << qint64{1024} << qint64{12188} << ordinaryPeriod - 100;
-    QTest::newRow("token ends early in the block") << qint64{1024} << qint64{11265} << qint64{0};
     QTest::newRow("long block is the period") << qint64{2048} << qint64{12288} << qint64{2048};
     QTest::newRow("token ends within a long block")
         << qint64{2048} << qint64{11264} << qint64{1024};
@@ -97,8 +144,9 @@ void TestStreamProgress::period()
     QFETCH(const qint64, block);
     QFETCH(const qint64, tokenEnd);
     QFETCH(const qint64, unheard);
-    StreamProgress progress;
-    QCOMPARE(follow(progress, block, tokenEnd), Unheard(unheard));
+    Looks looks;
+    QCOMPARE(follow(looks, block, tokenEnd), Unheard(unheard));
+    QCOMPARE(looks.progress.period(), samples(block > 1024 ? block : ordinaryPeriod));
 }
 
 void TestStreamProgress::learntBlock_data()
@@ -116,86 +164,202 @@ void TestStreamProgress::learntBlock_data()
 void TestStreamProgress::learntBlock()
 {
     QFETCH(const qint64, block);
-    StreamProgress progress;
-    QVERIFY(follow(progress, block, 12000));
-    QTEST(progress.leadingSilence(12000), "silence");
+    Looks looks;
+    QVERIFY(follow(looks, block, 12000));
+    QTEST(looks.progress.leadingSilence(12000), "silence");
 }
 
 // Catches the small blocks at the beginning of a stream taken for those of the whole of it.
 void TestStreamProgress::firstBlocksAreSmaller()
 {
-    StreamProgress progress;
-    progress.start(12288);
-    QCOMPARE(progress.unheard(256, 256), std::nullopt);
-    QCOMPARE(progress.unheard(768, 768), std::nullopt);
+    Looks looks;
+    looks.start(12288);
+    QCOMPARE(looks.at(256), std::nullopt);
+    QCOMPARE(looks.at(768), std::nullopt);
     for (qint64 taken = 1024; taken < 12288; taken += 1024)
-        QCOMPARE(progress.unheard(taken, taken), std::nullopt);
-    QCOMPARE(progress.unheard(12288, 12288), Unheard(ordinaryPeriod));
-    QCOMPARE(progress.leadingSilence(12000), 288);
+        QCOMPARE(looks.at(taken), std::nullopt);
+    QCOMPARE(looks.at(12288), Unheard(ordinaryPeriod));
+    QCOMPARE(looks.progress.leadingSilence(12000), 288);
 
     // A stream of nothing else teaches nothing.
-    progress.start(1024);
-    QCOMPARE(progress.unheard(512, 512), std::nullopt);
-    QCOMPARE(progress.unheard(1024, 1024), Unheard(ordinaryPeriod));
-    QCOMPARE(progress.leadingSilence(12000), 288);
+    looks.start(1024);
+    QCOMPARE(looks.at(512), std::nullopt);
+    QCOMPARE(looks.at(1024), Unheard(ordinaryPeriod));
+    QCOMPARE(looks.progress.leadingSilence(12000), 288);
 }
 
 // Catches two blocks taken for one long one when the program was held up between two looks.
 void TestStreamProgress::missedLook()
 {
-    StreamProgress progress;
-    progress.start(4096);
-    QCOMPARE(progress.unheard(2048, 2048), std::nullopt);
-    QCOMPARE(progress.unheard(3072, 3072), std::nullopt);
-    QCOMPARE(progress.unheard(4096, 4096), Unheard(ordinaryPeriod));
+    Looks looks;
+    looks.start(4096);
+    QCOMPARE(looks.at(2048), std::nullopt);
+    QCOMPARE(looks.at(3072), std::nullopt);
+    QCOMPARE(looks.at(4096), Unheard(ordinaryPeriod));
 }
 
 // Catches a long period taken for an ordinary one because a look saw half of a block: with tokens
 // of 5 s the clock started 30 ms early now and then.
 void TestStreamProgress::blockSeenInTwoSteps()
 {
-    StreamProgress progress;
-    progress.start(12288);
+    Looks looks;
+    looks.start(12288);
     for (const qint64 taken : {2048, 4096, 5120, 6144, 8192, 10240})
-        QCOMPARE(progress.unheard(taken, taken), std::nullopt);
-    QCOMPARE(progress.unheard(12288, 12288), Unheard(2048));
+        QCOMPARE(looks.at(taken), std::nullopt);
+    QCOMPARE(looks.at(12288), Unheard(2048));
 }
 
 // Catches a look at the period when nothing has been taken yet.
 void TestStreamProgress::emptyToken()
 {
-    StreamProgress progress;
-    progress.start(0);
-    QCOMPARE(progress.unheard(0, 0), std::nullopt);
-    QCOMPARE(progress.unheard(1024, 1024), Unheard(0));
+    Looks looks;
+    looks.start(0);
+    QCOMPARE(looks.at(0), std::nullopt);
+    QVERIFY(looks.at(1024).value_or(1) <= 0);
 }
 
 void TestStreamProgress::endBeforeTheFirstLook()
 {
-    StreamProgress progress;
-    progress.start(100);
-    QCOMPARE(progress.unheard(0, 0), std::nullopt);
-    QCOMPARE(progress.unheard(1024, 1024), Unheard(0));
+    Looks looks;
+    looks.start(100);
+    QCOMPARE(looks.at(0), std::nullopt);
+    QVERIFY(looks.at(1024).value_or(1) <= 0);
 }
 
 // Catches what one stream leaves behind in the next.
 void TestStreamProgress::nextStream()
 {
-    StreamProgress progress;
-    QCOMPARE(follow(progress, 2048, 4096), Unheard(2048));
-    QCOMPARE(follow(progress, 1024, 4096), Unheard(ordinaryPeriod));
-    QCOMPARE(follow(progress, 2048, 4096), Unheard(2048));
+    Looks looks;
+    QCOMPARE(follow(looks, 2048, 4096), Unheard(2048));
+    QCOMPARE(follow(looks, 1024, 4096), Unheard(ordinaryPeriod));
+    looks.now += 100ms;
+    QCOMPARE(follow(looks, 2048, 20480), Unheard(2048));
+    QVERIFY(looks.progress.longestBlindness() <= 1ms);
+    QVERIFY(looks.progress.serverDelay() <= 0ms);
 }
 
 // Catches a sound card's own delay being cut off the token's end.
 void TestStreamProgress::serverPlaysLater()
 {
-    StreamProgress progress;
-    progress.start(4096);
-    QCOMPARE(progress.unheard(3072, 0), std::nullopt);
-    QCOMPARE(progress.unheard(4096, 1024), Unheard(3072));
-    QCOMPARE(progress.unheard(4096, 4000), Unheard(ordinaryPeriod));
-    QCOMPARE(progress.unheard(4096, 5000), Unheard(ordinaryPeriod));
+    Looks looks;
+    looks.start(4096);
+    QCOMPARE(looks.at(3072, 0), std::nullopt);
+    QCOMPARE(looks.at(4096, 1024), Unheard(3072));
+
+    looks.start(4096);
+    QCOMPARE(looks.at(3072, 0), std::nullopt);
+    QCOMPARE(looks.at(4096, 4000), Unheard(ordinaryPeriod));
+}
+
+// Catches an end that is told from the moment of a late look, as if all of what is taken by then
+// had been taken at that moment.
+void TestStreamProgress::lookThatComesLate()
+{
+    Looks looks;
+    looks.start(12288);
+    for (qint64 taken = 2048; taken <= 10240; taken += 2048) {
+        looks.now += samples(2048) - 1ms;
+        QCOMPARE(looks.at(taken), std::nullopt);
+    }
+    looks.now += samples(3 * 2048) - 1ms;
+    QCOMPARE(looks.at(10240 + 3 * 2048), Unheard(2048 - 2 * 2048));
+}
+
+// Catches an end that lies before the last look, at which there was still some of the token to
+// take.
+void TestStreamProgress::endNotBeforeTheLastLook()
+{
+    Looks looks;
+    looks.start(5000);
+    for (qint64 taken = 1024; taken <= 4096; taken += 1024)
+        QCOMPARE(looks.at(taken), std::nullopt);
+    // Half of a second is taken at once, as by a server that makes up for lost time.
+    QVERIFY(looks.at(30000));
+    QCOMPARE(*looks.progress.tokenHeardAt(), looks.now - 1ms);
+}
+
+void TestStreamProgress::serverDelay_data()
+{
+    QTest::addColumn<qint64>("block");
+    QTest::addColumn<int>("lost");  // ms by which one block comes late
+    QTest::addColumn<int>("blind"); // ms without a look before that block is seen
+
+    for (const qint64 block : {256, 1024, 2048}) {
+        QTest::addRow("%lld, regular", block) << block << 0 << 1;
+        QTest::addRow("%lld, 100 ms late", block) << block << 100 << 1;
+        QTest::addRow("%lld, 100 ms late, 40 of them unseen", block) << block << 100 << 40;
+        QTest::addRow("%lld, regular, but looked at late", block) << block << 0 << 40;
+    }
+}
+
+// Catches a delay of the server's that goes unseen, and one that is only the program's own.
+void TestStreamProgress::serverDelay()
+{
+    QFETCH(const qint64, block);
+    QFETCH(const int, lost);
+    QFETCH(const int, blind);
+    Looks looks;
+    looks.start(48000);
+    const Time start = looks.now;
+    const Time loss = start + 500ms;
+    while (!looks.progress.tokenHeardAt()) {
+        const Time elapsed = looks.now + 1ms - start;
+        const Time played = elapsed < 500ms ? elapsed : std::max<Time>(500ms, elapsed - lost * 1ms);
+        looks.at(played / samples(block) * block);
+        if (looks.now < loss + lost * 1ms && looks.now + 2ms > loss + (lost - blind) * 1ms &&
+            blind > 1)
+            looks.now += blind * 1ms;
+    }
+    const double delay =
+        std::chrono::duration<double, std::milli>(looks.progress.serverDelay()).count();
+    QVERIFY2(delay <= lost, qPrintable(QString::number(delay)));
+    QVERIFY2(delay >= lost - blind - 3, qPrintable(QString::number(delay)));
+}
+
+// Catches a server that is only about to begin taken for one that is late.
+void TestStreamProgress::startOfAStreamIsNoDelay()
+{
+    Looks looks;
+    looks.start(20480);
+    looks.at(256);
+    looks.now += 200ms;
+    looks.at(2048);
+    for (qint64 taken = 4096; taken <= 20480; taken += 2048) {
+        looks.now += samples(2048) - 1ms;
+        looks.at(taken);
+    }
+    QCOMPARE(looks.progress.serverDelay(), Time{});
+}
+
+// Catches a late look that is forgotten, and the wait for the end counted as one.
+void TestStreamProgress::blindness()
+{
+    Looks looks;
+    looks.start(2048);
+    looks.at(0);
+    QCOMPARE(looks.progress.longestBlindness(), 1ms);
+    looks.now += 7ms;
+    looks.at(0);
+    looks.at(2048);
+    looks.now += 42ms;
+    looks.at(4096);
+    QCOMPARE(looks.progress.longestBlindness(), 8ms);
+}
+
+// Catches the blocks told by the wrong look, and blocks that are taken behind the token counted.
+void TestStreamProgress::timesOfTheBlocks()
+{
+    Looks looks;
+    const Time start = looks.now;
+    looks.start(2048);
+    QCOMPARE(looks.progress.firstTakenAt(), start);
+    QCOMPARE(looks.progress.lastTakenAt(), start);
+    looks.at(0);
+    for (const qint64 taken : {1024, 1024, 2048, 3072})
+        looks.at(taken);
+    QCOMPARE(looks.progress.firstTakenAt(), start + 2ms);
+    QCOMPARE(looks.progress.lastTakenAt(), start + 4ms);
+    QCOMPARE(looks.progress.taken(), 2048);
 }
 
 QTEST_APPLESS_MAIN(TestStreamProgress)

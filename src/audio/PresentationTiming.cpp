@@ -1,0 +1,44 @@
+#include "audio/PresentationTiming.h"
+
+#include <QStringList>
+
+#include <chrono>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr double largestClockDelay = 5;    ///< ms
+constexpr double largestServerDelay = 0.5; ///< periods
+
+double milliseconds(StreamProgress::Time time)
+{
+    return std::chrono::duration<double, std::milli>(time).count();
+}
+
+} // namespace
+
+PresentationTiming presentationTiming(const StreamProgress &progress, StreamProgress::Time due,
+                                      StreamProgress::Time clockStart)
+{
+    return {.firstTaken = milliseconds(progress.firstTakenAt() - due),
+            .lastTaken = milliseconds(progress.lastTakenAt() - due),
+            .tokenEnd = milliseconds(progress.tokenHeardAt().value_or(clockStart) - due),
+            .clockStart = milliseconds(clockStart - due),
+            .period = milliseconds(progress.period()),
+            .serverDelay = milliseconds(progress.serverDelay()),
+            .longestBlindness = milliseconds(progress.longestBlindness())};
+}
+
+QString timingProblem(const PresentationTiming &timing)
+{
+    QStringList problems;
+    if (timing.clockDelay() > largestClockDelay)
+        problems.append(u"the reaction clock was started %1 ms after the end of the sound"_s.arg(
+            timing.clockDelay(), 0, 'f', 1));
+    if (timing.serverDelay > largestServerDelay * timing.period)
+        problems.append(
+            u"the sound server was %1 ms late, which probably tore a gap into the sound"_s.arg(
+                timing.serverDelay, 0, 'f', 1));
+    return problems.join(u"; "_s);
+}

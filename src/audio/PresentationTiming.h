@@ -1,0 +1,32 @@
+#pragma once
+
+#include "audio/StreamProgress.h"
+
+#include <QString>
+
+/// How well one presentation of a token kept its time, as far as the program can tell. Everything
+/// is in milliseconds; the first four are points in time, counted from when the sound was due.
+struct PresentationTiming
+{
+    double firstTaken = 0; ///< the sound server took the stream's first block
+    double lastTaken = 0;  ///< it took the block in which the token ends
+    double tokenEnd = 0;   ///< by that, the token had been heard
+    double clockStart = 0; ///< the reaction clock was started
+
+    double period = 0;           ///< of the sound server, as far as it can be seen
+    double serverDelay = 0;      ///< how late the server was, at the worst, to take a block
+    double longestBlindness = 0; ///< the longest time in which a delay could have gone unseen
+
+    /// How much too late the reaction clock was started, by which the reaction time is too short.
+    double clockDelay() const { return clockStart - tokenEnd; }
+};
+
+/// The timing of the presentation that was due at @p due, whose stream went as @p progress tells
+/// until its token had been heard, and after which the reaction clock was started at @p clockStart.
+PresentationTiming presentationTiming(const StreamProgress &progress, StreamProgress::Time due,
+                                      StreamProgress::Time clockStart);
+
+/// What the operator must know of @p timing, in a sentence; empty when all was well. A reaction
+/// clock may be late by 5 ms, and the sound server by half its period: by then it has probably torn
+/// a gap into the sound.
+QString timingProblem(const PresentationTiming &timing);
