@@ -3,8 +3,10 @@
 //
 //   audio_timing [number of plays, 50 [part of a condition's name, for those alone]]
 //
-// Prints a Markdown table. All times are those of the monotonic clock, in milliseconds.
+// Prints a Markdown table to the standard output, and the program's log to the standard error. All
+// times are those of the monotonic clock, in milliseconds.
 
+#include "audio/OtherPrograms.h"
 #include "gui/ModalAnswer.h"
 #include "gui/OperatorWindow.h"
 #include "subject/SubjectWindow.h"
@@ -16,9 +18,9 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QProcess>
-#include <QProcessEnvironment>
 #include <QPushButton>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -33,11 +35,13 @@
 #include <cstdio>
 #include <functional>
 #include <limits>
+#include <optional>
 #include <vector>
 
 namespace {
 
 constexpr int rate = 48000;
+constexpr size_t otherPeriod = 256; ///< samples, of another program that uses sound
 
 double nowMs()
 {
@@ -67,14 +71,15 @@ void wait(int ms)
     waitFor([] { return false; }, ms);
 }
 
-/// The environment of another program that uses sound: without what this one asks of the server for
-/// its own streams.
-QProcessEnvironment environmentOfOthers()
+/// Opens a recording of the output's monitor that hands over @p fragmentSize samples at a time.
+pa_simple *openMonitor(const char *program, size_t fragmentSize)
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove("PULSE_PROP");
-    environment.remove("PIPEWIRE_PROPS");
-    return environment;
+    const pa_sample_spec format = {PA_SAMPLE_FLOAT32LE, rate, 1};
+    constexpr auto unset = std::numeric_limits<std::uint32_t>::max();
+    const pa_buffer_attr buffer = {unset, unset, unset, unset,
+                                   static_cast<std::uint32_t>(fragmentSize * sizeof(float))};
+    return pa_simple_new(nullptr, program, PA_STREAM_RECORD, "out.monitor", "recording", &format,
+                         nullptr, &buffer, nullptr);
 }
 
 /// What the recording process writes: 64 samples and when they arrived.
@@ -88,11 +93,8 @@ struct Fragment
 /// nothing of the program under test may delay it.
 int record(const char *path)
 {
-    const pa_sample_spec format = {PA_SAMPLE_FLOAT32LE, rate, 1};
-    constexpr auto unset = std::numeric_limits<std::uint32_t>::max();
-    const pa_buffer_attr buffer = {unset, unset, unset, unset, sizeof(Fragment::samples)};
-    pa_simple *const stream = pa_simple_new(nullptr, "recorder", PA_STREAM_RECORD, "out.monitor",
-                                            "recording", &format, nullptr, &buffer, nullptr);
+    pa_simple *const stream =
+        openMonitor("recorder", std::tuple_size_v<decltype(Fragment::samples)>);
     std::FILE *const file = std::fopen(path, "wb");
     if (stream == nullptr || file == nullptr)
         return EXIT_FAILURE;
@@ -105,6 +107,63 @@ int record(const char *path)
     }
     return EXIT_FAILURE;
 }
+
+/// Another program that uses sound: it records the output by @c otherPeriod samples and throws them
+/// away, until it is ended.
+int listen()
+{
+    std::array<float, otherPeriod> samples;
+    pa_simple *const stream = openMonitor("listener", samples.size());
+    while (stream != nullptr &&
+           pa_simple_read(stream, samples.data(), sizeof(samples), nullptr) == 0) {
+    }
+    return EXIT_FAILURE;
+}
+
+/// Starts this program anew as another one, which does what @p option says.
+void startOther(QProcess &process, const char *option)
+{
+    process.setProcessEnvironment(environmentOfOthers());
+    process.start(QCoreApplication::applicationFilePath(), {option});
+}
+
+void end(QProcess &process)
+{
+    process.kill();
+    process.waitForFinished();
+}
+
+/// While it lives, PipeWire grants other programs the period that they ask for, as it does by
+/// default. Other servers are left alone.
+class ShortPeriodsGranted
+{
+public:
+    ShortPeriodsGranted()
+        : m_before(QRegularExpression("value:'(\\d+)'").match(metadata({})).captured(1))
+    {
+        if (!m_before.isEmpty())
+            metadata(QString::number(otherPeriod));
+    }
+    ~ShortPeriodsGranted()
+    {
+        if (!m_before.isEmpty())
+            metadata(m_before);
+    }
+
+private:
+    static QString metadata(const QString &value)
+    {
+        QProcess process;
+        QStringList arguments = {"-n", "settings", "0", "clock.min-quantum"};
+        if (!value.isEmpty())
+            arguments.append(value);
+        process.start("pw-metadata", arguments);
+        process.waitForFinished();
+        return process.readAllStandardOutput();
+    }
+
+    QString m_before;
+};
 
 /// A recording that runs while it lives.
 class Recording
@@ -223,6 +282,7 @@ struct Play
     double started = 0; ///< soundPlaying(1)
     double ended = 0;   ///< soundPlaying(-1)
     QList<double> token;
+    PresentationTiming timing; ///< what the program says of it
 };
 
 /// Where a play is in the recording.
@@ -344,6 +404,11 @@ struct Condition
     bool charts = false; ///< load the token from its file, and draw it, before each play
     bool load = false;   ///< while another process keeps one core busy
     bool resize = false; ///< change the window's size, which draws the charts anew, at each play
+    enum {
+        NoOther,      ///< nothing else uses sound
+        OtherRecords, ///< another program records all the time
+        OtherComes,   ///< another program begins to record while a token plays, and ends before it
+    } other = NoOther;
 };
 
 class Measurement
@@ -356,18 +421,26 @@ public:
 
     void printHeader() const
     {
-        std::printf("| condition | samples heard | whole plays | cut at the end | begin of the "
-                    "sound after it was due "
-                    "| clock zero error | the same, of plays with a regular server "
-                    "| presentation timer error | time to start the sound |\n"
-                    "|---|---|---|---|---|---|---|---|---|\n");
+        std::printf(
+            "| condition | samples heard | whole plays | cut at the end | begin of the "
+            "sound after it was due "
+            "| clock zero error | the same, of plays with a regular server "
+            "| presentation timer error | time to start the sound | told to have been late: "
+            "clock; server (of them with a gap) |\n"
+            "|---|---|---|---|---|---|---|---|---|---|\n");
     }
 
     void run(const Condition &condition) const
     {
         QProcess burner;
         if (condition.load)
-            burner.start(QCoreApplication::applicationFilePath(), {"--burn"});
+            startOther(burner, "--burn");
+        std::optional<ShortPeriodsGranted> granted;
+        if (condition.other != Condition::NoOther)
+            granted.emplace();
+        QProcess listener;
+        if (condition.other == Condition::OtherRecords)
+            startOther(listener, "--listen");
 
         Recording recording;
         std::vector<Play> plays;
@@ -380,8 +453,8 @@ public:
             }
         }
         recording.finish();
-        burner.kill();
-        burner.waitForFinished();
+        end(burner);
+        end(listener);
 
         print(condition.name, recording, plays);
     }
@@ -409,6 +482,11 @@ private:
                 }
                 m_play.begun = m_timerWatch.lastFired();
                 m_play.started = nowMs();
+                if (m_condition.other == Condition::OtherComes) {
+                    QTimer::singleShot(otherComesAfter, &m_window,
+                                       [this] { startOther(m_listener, "--listen"); });
+                    QTimer::singleShot(otherGoesAfter, &m_window, [this] { m_listener.kill(); });
+                }
                 if (m_condition.resize)
                     QTimer::singleShot(resizeAfter, &m_window, [this] {
                         m_window.resize(m_window.width() == width ? width + 2 : width,
@@ -423,6 +501,7 @@ private:
             m_play.token = noise(m_condition.nSamples);
             m_window.playCount = 0;
             m_window.trialIndex = 0;
+            m_window.presentationTimings = {PresentationTiming()};
             m_window.randomSequence = {0};
             if (m_condition.charts) {
                 if (!writeFile(m_folder.filePath("token.wav"), tokenFile(m_play.token)))
@@ -441,6 +520,7 @@ private:
             const int longest = 5000 + m_condition.nSamples / (rate / 1000);
             if (!waitFor([this] { return m_play.ended != 0; }, longest))
                 qFatal("a sound has not ended");
+            m_play.timing = m_window.presentationTimings.first();
             wait(450);
             return m_play;
         }
@@ -448,11 +528,14 @@ private:
     private:
         static constexpr int width = 1152;
         static constexpr std::chrono::milliseconds resizeAfter{500};
+        static constexpr std::chrono::milliseconds otherComesAfter{150};
+        static constexpr std::chrono::milliseconds otherGoesAfter{650};
 
         Condition m_condition;
         TimerWatch m_timerWatch;
         QTemporaryDir m_folder;
         OperatorWindow m_window;
+        QProcess m_listener;
         Play m_play;
     };
 
@@ -467,6 +550,9 @@ private:
         size_t received = 0;
         int whole = 0;
         int cut = 0;
+        int lateClocks = 0;
+        int lateServers = 0;
+        int lateServersWithGap = 0;
         Statistics begin;
         Statistics zero;
         Statistics regularZero;
@@ -479,6 +565,10 @@ private:
             timer.add(play.begun - play.due);
             start.add(play.started - play.begun);
             whole += heard.whole ? 1 : 0;
+            const QString problem = timingProblem(play.timing);
+            lateClocks += problem.contains("clock") ? 1 : 0;
+            lateServers += problem.contains("server") ? 1 : 0;
+            lateServersWithGap += problem.contains("server") && !heard.whole ? 1 : 0;
             if (!heard.toItsEnd) {
                 ++cut;
                 continue;
@@ -489,10 +579,11 @@ private:
                 regularZero.add(play.ended - heard.end);
         }
         std::printf(
-            "| %s | %.2f %% | %d of %zu | %d | %s | %s | %zu: %s | %s | %s |\n", qPrintable(name),
-            100.0 * static_cast<double>(received) / static_cast<double>(sent), whole, plays.size(),
-            cut, qPrintable(begin.text()), qPrintable(zero.text()), regularZero.count(),
-            qPrintable(regularZero.text()), qPrintable(timer.text()), qPrintable(start.text()));
+            "| %s | %.2f %% | %d of %zu | %d | %s | %s | %zu: %s | %s | %s | %d; %d (%d) |\n",
+            qPrintable(name), 100.0 * static_cast<double>(received) / static_cast<double>(sent),
+            whole, plays.size(), cut, qPrintable(begin.text()), qPrintable(zero.text()),
+            regularZero.count(), qPrintable(regularZero.text()), qPrintable(timer.text()),
+            qPrintable(start.text()), lateClocks, lateServers, lateServersWithGap);
         std::fflush(stdout);
     }
 
@@ -500,22 +591,18 @@ private:
 };
 
 /// A whole session with a subject who presses a button some time after each token, by the mouse.
-void measureReactionTimes(int nPresentations)
+void measureReactionTimes(int nTrials)
 {
-    constexpr int nTokens = 5;
-    const int nTimes = (nPresentations + nTokens - 1) / nTokens;
-    const int nTrials = nTimes * nTokens;
     QTemporaryDir folder;
-    for (int i = 0; i < nTokens; ++i) {
+    for (int i = 0; i < nTrials; ++i) {
         if (!writeFile(folder.filePath(QString("MOV001_%1.wav").arg(i)),
-                       tokenFile(noise(9600 + 1234 * i))))
+                       tokenFile(noise(9600 + 1234 * (i % 5)))))
             qFatal("a token cannot be written");
     }
 
     OperatorWindow window;
     window.show();
     window.lineEditSi->setText("300.000");
-    window.lineEditNTimes->setText(QString::number(nTimes));
     window.checkBoxAutoPlay->setChecked(true);
     window.checkBoxSaveData->setChecked(false);
     {
@@ -568,6 +655,8 @@ int main(int argc, char *argv[])
 {
     if (argc == 3 && qstrcmp(argv[1], "--record") == 0)
         return record(argv[2]);
+    if (argc == 2 && qstrcmp(argv[1], "--listen") == 0)
+        return listen();
     if (argc == 2 && qstrcmp(argv[1], "--burn") == 0) {
         for (volatile unsigned counter = 0;;)
             counter = counter + 1;
@@ -577,7 +666,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    const int nPlays = argc > 1 ? std::max(std::atoi(argv[1]), 2) : 50;
+    const int nPlays = argc > 1 ? std::max(std::atoi(argv[1]), 1) : 50;
 
     const QString wanted = argc > 2 ? argv[2] : "";
 
@@ -596,6 +685,10 @@ int main(int argc, char *argv[])
              Condition{"5 s, window resized after 0.5 s", 240000, true, false, true},
              Condition{"250 ms, one core busy", 12000, false, true},
              Condition{"1 s, charts drawn, one core busy", 48000, true, true},
+             Condition{"251.3 ms, another program records at 256", 12062, false, false, false,
+                       Condition::OtherRecords},
+             Condition{"1 s, another program begins and ends to record at 256", 48000, false, false,
+                       false, Condition::OtherComes},
          })
         if (condition.name.contains(wanted))
             measurement.run(condition);

@@ -1,5 +1,6 @@
 #include "audio/Recording.h"
 
+#include "audio/OtherPrograms.h"
 #include "audio/TokenSound.h"
 #include "unit/WavFile.h"
 
@@ -53,6 +54,7 @@ QString describeLoss(const QByteArray &heard, const QByteArray &token)
 Recording::Recording(const QString &sink)
 {
     parec.setStandardErrorFile(QProcess::nullDevice());
+    parec.setProcessEnvironment(environmentOfOthers());
     parec.start("parec", {"-d", sink + ".monitor", "--format=float32le", "--rate=48000",
                           "--channels=1", "--latency-msec=20"});
 }

@@ -1,5 +1,7 @@
 #include "audio/SoundServer.h"
 
+#include "audio/OtherPrograms.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -93,6 +95,7 @@ bool SoundServer::start()
     QFile::remove(socket);
     for (const QByteArray &name : serverNames) {
         m_started.push_back(std::make_unique<QProcess>());
+        m_started.back()->setProcessEnvironment(environmentOfOthers());
         m_started.back()->setStandardErrorFile(QProcess::nullDevice());
         m_started.back()->start(name, QStringList());
         if (!QTest::qWaitFor([&] { return QFileInfo::exists(socket); }, longestWait))

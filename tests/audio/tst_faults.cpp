@@ -50,6 +50,9 @@ private slots:
     void outputSuspendedBefore();
     void serverStallsWhilePlaying_data();
     void serverStallsWhilePlaying();
+    void serverIsLate();
+    void programIsLate_data();
+    void programIsLate();
     void unsupportedFormat_data();
     void unsupportedFormat();
 
@@ -392,6 +395,67 @@ void TestFaults::serverStallsWhilePlaying()
     QVERIFY(m_server.pause(false));
     QVERIFY(awaitAnswering());
     QVERIFY(untaken && *untaken <= format.framesForDuration(trailingSilence.count()));
+    sessionGoesOn();
+}
+
+// Catches a server that stood still for a moment without a word about it, or about another trial.
+void TestFaults::serverIsLate()
+{
+    constexpr int duration = 100; // ms
+    QTest::ignoreMessage(
+        QtWarningMsg, QRegularExpression("^Trial 1 - .*the sound server was \\d+\\.\\d ms late"));
+    QVERIFY(getReadyForLongToken());
+    QVERIFY(start());
+    QVERIFY(awaitTaken(longToken / 3));
+    QVERIFY(m_server.pause(true));
+    QTest::qWait(duration);
+    QVERIFY(m_server.pause(false));
+    QVERIFY(awaitAnswering());
+
+    const PresentationTiming timing = m_window->presentationTimings.value(0);
+    const double delay = timing.serverDelay;
+    // By the time the pause begins the server may just have taken a block, which lasts.
+    QVERIFY2(delay > duration - timing.period - 5 && delay < duration + 200,
+             qPrintable(QString::number(delay)));
+    sessionGoesOn();
+}
+
+void TestFaults::programIsLate_data()
+{
+    QTest::addColumn<bool>("told");
+    QTest::newRow("before the last block is taken") << false;
+    QTest::newRow("when the end is known") << true;
+}
+
+// Catches a reaction clock that was started late without a word: the program was busy with
+// something else when the token ended.
+void TestFaults::programIsLate()
+{
+    QFETCH(const bool, told);
+    constexpr int duration = 300; // ms
+    QTest::ignoreMessage(
+        QtWarningMsg,
+        QRegularExpression("^Trial 1 - the reaction clock was started \\d+\\.\\d ms after"));
+    QVERIFY(getReadyForLongToken());
+    QVERIFY(start());
+    const StreamFollower &follower = m_window->streamFollower;
+    if (told) {
+        QVERIFY(QTest::qWaitFor([&] { return follower.progress().tokenHeardAt().has_value(); },
+                                longestWait));
+        QVERIFY(isLocked());
+    } else {
+        QVERIFY(awaitTaken(longToken - 4000));
+        QVERIFY(!follower.progress().tokenHeardAt());
+    }
+    QTest::qSleep(duration);
+    QVERIFY(awaitAnswering());
+
+    const PresentationTiming timing = m_window->presentationTimings.value(0);
+    // What is left of the token when the program is held up, and a block that cannot be told.
+    const double least = duration - 1000.0 * 4000 / rate - 2 * timing.period;
+    QVERIFY2(timing.clockDelay() > least && timing.clockDelay() < duration + 200,
+             qPrintable(QString::number(timing.clockDelay())));
+    QCOMPARE(timing.longestBlindness >= duration, !told);
     sessionGoesOn();
 }
 

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QProcessEnvironment>
+
+/// The environment of another program that uses sound: without what this one asks of the sound
+/// server for its own streams.
+inline QProcessEnvironment environmentOfOthers()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("PULSE_PROP");
+    environment.remove("PIPEWIRE_PROPS");
+    return environment;
+}
