@@ -402,6 +402,9 @@ void TestStreamFollower::byItsOwnTimer()
         const qint64 taken = (follower.now() - start) / samples(2048) * 2048;
         return StreamFollower::Reading{.taken = taken, .played = taken};
     });
+    const auto *timer = follower.findChild<QTimer *>();
+    QCOMPARE(timer->timerType(), Qt::PreciseTimer);
+    QVERIFY(timer->isSingleShot()); // a look decides when the next one comes, if at all
     QTRY_COMPARE(heard.size(), 1);
     QVERIFY(follower.now() - start >= samples(3 * 2048));
     QVERIFY(*follower.progress().tokenHeardAt() - start >= samples(3 * 2048));

@@ -42,6 +42,13 @@ public:
 
     Unheard at(qint64 taken) { return at(taken, taken); }
 
+    /// Looks on for @p duration while nothing happens to the @p taken samples.
+    void on(Time duration, qint64 taken)
+    {
+        for (const Time end = now + duration; now + 1ms <= end;)
+            at(taken);
+    }
+
     StreamProgress progress;
     Time now = 1h;
 };
@@ -90,6 +97,7 @@ private slots:
     void serverDelay_data();
     void serverDelay();
     void startOfAStreamIsNoDelay();
+    void halfABlockIsNoDelay();
     void blindness();
     void timesOfTheBlocks();
 };
@@ -232,10 +240,23 @@ void TestStreamProgress::nextStream()
     Looks looks;
     QCOMPARE(follow(looks, 2048, 4096), Unheard(2048));
     QCOMPARE(follow(looks, 1024, 4096), Unheard(ordinaryPeriod));
+
+    looks.start(20480);
+    for (qint64 taken = 2048; taken < 20480; taken += 2048) {
+        looks.at(taken);
+        looks.on(80ms, taken);
+    }
     looks.now += 100ms;
-    QCOMPARE(follow(looks, 2048, 20480), Unheard(2048));
-    QVERIFY(looks.progress.longestBlindness() <= 1ms);
-    QVERIFY(looks.progress.serverDelay() <= 0ms);
+    looks.at(20480);
+    QVERIFY(looks.progress.serverDelay() > 30ms);
+    QVERIFY(looks.progress.longestBlindness() > 100ms);
+    looks.now += 100ms;
+    looks.start(20480);
+    QCOMPARE(looks.progress.serverDelay(), Time{});
+    QCOMPARE(looks.progress.longestBlindness(), Time{});
+    QCOMPARE(looks.progress.tokenHeardAt(), std::nullopt);
+    looks.at(2048);
+    QCOMPARE(looks.progress.serverDelay(), Time{});
 }
 
 // Catches a sound card's own delay being cut off the token's end.
@@ -322,13 +343,28 @@ void TestStreamProgress::startOfAStreamIsNoDelay()
     Looks looks;
     looks.start(20480);
     looks.at(256);
-    looks.now += 200ms;
-    looks.at(2048);
-    for (qint64 taken = 4096; taken <= 20480; taken += 2048) {
-        looks.now += samples(2048) - 1ms;
+    looks.on(200ms, 256);
+    for (qint64 taken = 2048; taken <= 20480; taken += 2048) {
         looks.at(taken);
+        looks.on(41ms, taken);
     }
-    QCOMPARE(looks.progress.serverDelay(), Time{});
+    QVERIFY2(looks.progress.serverDelay() <= 0ms,
+             qPrintable(QString::number(looks.progress.serverDelay().count())));
+}
+
+// Catches the second half of a block taken for one that came early, and the next for one that came
+// late.
+void TestStreamProgress::halfABlockIsNoDelay()
+{
+    Looks looks;
+    looks.start(20480);
+    for (qint64 taken = 2048; taken <= 20480; taken += 2048) {
+        looks.at(taken - 1024);
+        looks.at(taken);
+        looks.on(40ms, taken);
+    }
+    QVERIFY2(looks.progress.serverDelay() <= 0ms,
+             qPrintable(QString::number(looks.progress.serverDelay().count())));
 }
 
 // Catches a late look that is forgotten, and the wait for the end counted as one.
