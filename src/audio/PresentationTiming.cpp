@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double largestClockDelay = 5;    ///< ms
-constexpr double largestServerDelay = 0.5; ///< periods
+constexpr double largestServerDelay = 0.5; ///< blocks
 
 double milliseconds(StreamProgress::Time time)
 {
@@ -25,7 +25,7 @@ PresentationTiming presentationTiming(const StreamProgress &progress, StreamProg
             .lastTaken = milliseconds(progress.lastTakenAt() - due),
             .tokenEnd = milliseconds(progress.tokenHeardAt().value_or(clockStart) - due),
             .clockStart = milliseconds(clockStart - due),
-            .period = milliseconds(progress.period()),
+            .block = milliseconds(progress.block()),
             .serverDelay = milliseconds(progress.serverDelay()),
             .longestBlindness = milliseconds(progress.longestBlindness())};
 }
@@ -36,7 +36,7 @@ QString timingProblem(const PresentationTiming &timing)
     if (timing.clockDelay() > largestClockDelay)
         problems.append(u"the reaction clock was started %1 ms after the end of the sound"_s.arg(
             timing.clockDelay(), 0, 'f', 1));
-    if (timing.serverDelay > largestServerDelay * timing.period)
+    if (timing.serverDelay > largestServerDelay * timing.block)
         problems.append(
             u"the sound server was %1 ms late, which probably tore a gap into the sound"_s.arg(
                 timing.serverDelay, 0, 'f', 1));

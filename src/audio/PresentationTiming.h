@@ -13,7 +13,7 @@ struct PresentationTiming
     double tokenEnd = 0;   ///< by that, the token had been heard
     double clockStart = 0; ///< the reaction clock was started
 
-    double period = 0;           ///< of the sound server, as far as it can be seen
+    double block = 0;            ///< what the server takes at a time lasts so long
     double serverDelay = 0;      ///< how late the server was, at the worst, to take a block
     double longestBlindness = 0; ///< the longest time in which a delay could have gone unseen
 
@@ -27,6 +27,6 @@ PresentationTiming presentationTiming(const StreamProgress &progress, StreamProg
                                       StreamProgress::Time clockStart);
 
 /// What the operator must know of @p timing, in a sentence; empty when all was well. A reaction
-/// clock may be late by 5 ms, and the sound server by half its period: by then it has probably torn
-/// a gap into the sound.
+/// clock may be late by 5 ms, and the sound server by half a block: by then it has probably torn a
+/// gap into the sound.
 QString timingProblem(const PresentationTiming &timing);

@@ -8,15 +8,15 @@ using namespace std::chrono_literals;
 namespace {
 
 /// PipeWire asks for 1024 samples at a time as long as its period is not longer than that: a longer
-/// block tells the period, this one does not.
+/// block tells the period, this one does not. PulseAudio asks for less.
 constexpr qint64 ordinaryBlock = 1024;
 
 /// The first blocks of a stream can be smaller than all others.
 constexpr qint64 settledAt = 4096;
 
-/// The delay for a period that is not known, 12 ms. Measured against the recorded monitor, a token
-/// has been heard 5 ms after the server has taken it when the period is 256 samples, and 20 ms
-/// after when it is 1024.
+/// The delay for a period that is not known, 12 ms: PipeWire's where it does not obey
+/// requestServerPeriod(). Measured against the recorded monitor, a token has been heard 5 ms after
+/// the server has taken it when the period is 256 samples, and 20 ms after when it is 1024.
 constexpr qint64 ordinaryPeriod = 576;
 
 /// What is taken within this time of another step belongs to the same moment of the server's: a
@@ -58,9 +58,10 @@ void StreamProgress::look(Time now, qint64 taken, qint64 played)
     if (taken > m_taken)
         takeTo(taken, now);
     if (taken >= m_tokenEnd && !m_steps.isEmpty()) {
-        // Of what is taken later than one period before now, the rest has still to be heard. All of
-        // it was heard after the last look, at which the token had not been taken whole.
-        const Time byPeriod = now + period() - durationOf(taken - m_tokenEnd);
+        if (taken >= settledAt)
+            m_block = std::min(medianStep(), ordinaryBlock);
+        // The last sample is heard after the last look, at which it had not been taken.
+        const Time byPeriod = now + delay() - durationOf(taken - m_tokenEnd);
         const Time byAccount = now + durationOf(m_tokenEnd - played);
         m_tokenHeardAt = std::max({byPeriod, byAccount, m_lastLook});
     }
@@ -71,8 +72,6 @@ void StreamProgress::takeTo(qint64 taken, Time now)
 {
     const qint64 step = taken - m_taken;
     m_steps.insert(std::upper_bound(m_steps.begin(), m_steps.end(), step), step);
-    if (m_taken >= settledAt)
-        m_block = std::min(step, ordinaryBlock);
 
     if (m_taken == 0)
         m_firstTakenAt = now;
@@ -89,10 +88,23 @@ void StreamProgress::takeTo(qint64 taken, Time now)
     m_taken = taken;
 }
 
-StreamProgress::Time StreamProgress::period() const
+StreamProgress::Time StreamProgress::block() const
 {
-    // Now and then a look sees one block in two steps, or, late, two blocks in one. The median is
-    // that of the others.
-    const qint64 median = m_steps.isEmpty() ? 0 : m_steps.at((m_steps.size() - 1) / 2);
-    return durationOf(median > ordinaryBlock ? median : ordinaryPeriod);
+    return durationOf(medianStep());
+}
+
+/// How much later than the server takes a sample it is heard, apart from what the server says.
+StreamProgress::Time StreamProgress::delay() const
+{
+    const qint64 median = medianStep();
+    if (median > ordinaryBlock)
+        return durationOf(median);
+    return m_block == ordinaryBlock ? durationOf(ordinaryPeriod) : Time{};
+}
+
+/// Now and then a look sees one block in two steps, or, late, two blocks in one. The median is that
+/// of the others.
+qint64 StreamProgress::medianStep() const
+{
+    return m_steps.isEmpty() ? 0 : m_steps.at((m_steps.size() - 1) / 2);
 }

@@ -28,7 +28,8 @@ constexpr std::chrono::microseconds trailingSilence = std::chrono::milliseconds(
 /// The server asks for samples block by block, and how much it has taken is known exactly only when
 /// it has just asked. A token is therefore preceded by as much silence as makes it end with a
 /// block. What has been taken is heard one period of the server later; where a sound card adds more
-/// to that, the server's own account of what has been played knows it.
+/// to that, the server's own account of what has been played knows it. PulseAudio has no period,
+/// and is taken at its word.
 class StreamProgress
 {
 public:
@@ -57,8 +58,8 @@ public:
     Time firstTakenAt() const { return m_firstTakenAt; }
     Time lastTakenAt() const { return m_lastTakenAt; }
 
-    /// The server's period, as far as its blocks tell it.
-    Time period() const;
+    /// How long the server plays what it takes at a time.
+    Time block() const;
 
     /// How late the server was, at the worst, to take its next block. It is what the looks prove:
     /// what may have happened between two of them does not count.
@@ -78,6 +79,8 @@ private:
     };
 
     void takeTo(qint64 taken, Time now);
+    qint64 medianStep() const;
+    Time delay() const;
 
     qint64 m_block = 1024; ///< what the server asks for at a time; at first PipeWire's
     qint64 m_tokenEnd = 0;

@@ -34,7 +34,7 @@ void TestPresentationTiming::ofAStream()
     const PresentationTiming timing = presentationTiming(progress, due, now + 200ms);
     QCOMPARE(timing.firstTaken, 20.0);
     QCOMPARE(timing.lastTaken, 170.0);
-    QVERIFY(qAbs(timing.period - 2048 / 48.0) < 0.001);
+    QVERIFY(qAbs(timing.block - 2048 / 48.0) < 0.001);
     QVERIFY(qAbs(timing.tokenEnd - (170 + 2048 / 48.0)) < 0.001);
     QCOMPARE(timing.clockStart, 220.0);
     QVERIFY(qAbs(timing.clockDelay() - (50 - 2048 / 48.0)) < 0.001);
@@ -45,7 +45,7 @@ void TestPresentationTiming::problem_data()
 {
     QTest::addColumn<double>("clockStart");
     QTest::addColumn<double>("serverDelay");
-    QTest::addColumn<double>("period");
+    QTest::addColumn<double>("block");
     QTest::addColumn<QString>("text");
 
     QTest::newRow("none") << 500.0 << 0.0 << 42.0 << "";
@@ -53,11 +53,11 @@ void TestPresentationTiming::problem_data()
     QTest::newRow("clock later") << 505.1 << 0.0 << 42.0
                                  << "the reaction clock was started 5.1 ms after the end of the "
                                     "sound";
-    QTest::newRow("server half a period late") << 500.0 << 21.0 << 42.0 << "";
+    QTest::newRow("server half a block late") << 500.0 << 21.0 << 42.0 << "";
     QTest::newRow("server later")
         << 500.0 << 21.1 << 42.0
         << "the sound server was 21.1 ms late, which probably tore a gap into the sound";
-    QTest::newRow("server later than half a shorter period")
+    QTest::newRow("server later than half a shorter block")
         << 500.0 << 6.1 << 12.0
         << "the sound server was 6.1 ms late, which probably tore a gap into the sound";
     QTest::newRow("both") << 600.0 << 100.0 << 42.0
@@ -71,10 +71,10 @@ void TestPresentationTiming::problem()
 {
     QFETCH(const double, clockStart);
     QFETCH(const double, serverDelay);
-    QFETCH(const double, period);
+    QFETCH(const double, block);
     QTEST(timingProblem({.tokenEnd = 500,
                          .clockStart = clockStart,
-                         .period = period,
+                         .block = block,
                          .serverDelay = serverDelay}),
           "text");
 }
