@@ -542,9 +542,10 @@ private:
     static void print(const QString &name, const Recording &recording,
                       const std::vector<Play> &plays)
     {
-        // Around a token's end: what its clock depends on.
+        // Before a token's end: what its clock depends on. Behind it the server goes back to the
+        // period that it had without the token.
         constexpr double before = 200; // ms
-        constexpr double after = 60;
+        constexpr double after = 1;
 
         size_t sent = 0;
         size_t received = 0;
