@@ -7,6 +7,7 @@
 // times are those of the monotonic clock, in milliseconds.
 
 #include "audio/OtherPrograms.h"
+#include "audio/SilentStream.h"
 #include "gui/ModalAnswer.h"
 #include "gui/OperatorWindow.h"
 #include "subject/SubjectWindow.h"
@@ -468,6 +469,7 @@ private:
             : m_condition(condition)
         {
             m_window.resize(width, 810);
+            m_window.silentStream = new SilentStream(m_window.audioOutputFormat, &m_window);
             if (condition.charts)
                 m_window.show();
             Record record;

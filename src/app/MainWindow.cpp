@@ -5,6 +5,7 @@
 
 #include "app/FieldText.h"
 #include "app/WindowGeometry.h"
+#include "audio/SilentStream.h"
 
 #include <QChartView>
 #include <QCheckBox>
@@ -123,6 +124,7 @@ MainWindow::~MainWindow()
 {
     // Releasing the output runs pending events: no presentation may start from them any more.
     presentationTimer.stop();
+    delete silentStream;
     releaseAudioOutput();
 
     for (const LineChart *chart : {&waveformChart, &spectrumChart, &trendChart})
@@ -289,6 +291,10 @@ void MainWindow::checkBoxAutoPlay_stateChanged(int arg1)
 
 void MainWindow::refreshMainWindow()
 {
+    // Releasing an output can run pending events, for which the subject window must have closed.
+    if (silentStream != nullptr)
+        silentStream->deleteLater();
+    silentStream = nullptr;
     setEnabled(true);
     lineEditNTimes->setEnabled(true);
     pushButtonPractice->setEnabled(true);

@@ -27,6 +27,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTextStream;
+class SilentStream;
 class SubjectWindow;
 enum class Category;
 
@@ -238,6 +239,7 @@ protected:
     QByteArray *audioData = nullptr;
     QBuffer *audioBuffer = nullptr;
     QAudioSink *audioSink = nullptr;
+    SilentStream *silentStream = nullptr; ///< from "Go" until the subject window has closed
     StreamFollower streamFollower;
     QList<PresentationTiming> presentationTimings; ///< one per presentation, like data.entries
 

@@ -3,6 +3,7 @@
 
 #include "app/MainWindow.h"
 #include "app/PresentationOrder.h"
+#include "audio/SilentStream.h"
 #include "data/Scoring.h"
 #include "subject/SubjectWindow.h"
 
@@ -101,6 +102,9 @@ void MainWindow::pushButtonGo_clicked()
     connect(this, SIGNAL(deliverSubCode(QString)), subjectWindow, SLOT(receiveSubCode(QString)));
     connect(this, SIGNAL(deliverWavFileName(QString)), subjectWindow,
             SLOT(receiveWavFileName(QString)));
+
+    delete silentStream;
+    silentStream = new SilentStream(audioOutputFormat, this);
 
     emit deliverFeedBackStatus(data.feedBack);
     emit deliverAutoPlayStatus(data.autoPlay);

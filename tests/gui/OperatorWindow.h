@@ -42,6 +42,7 @@ public:
     using MainWindow::randomSequence;
     using MainWindow::reactionTimer;
     using MainWindow::readStream;
+    using MainWindow::silentStream;
     using MainWindow::soundWave;
     using MainWindow::streamFollower;
     using MainWindow::subjectWindow;

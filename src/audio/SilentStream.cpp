@@ -1,0 +1,31 @@
+#include "audio/SilentStream.h"
+
+#include <QAudioDevice>
+#include <QAudioFormat>
+#include <QAudioSink>
+#include <QMediaDevices>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// More than a sink's buffer holds: a server may wait until that is full before it begins.
+constexpr std::chrono::microseconds duration = 500ms;
+
+} // namespace
+
+SilentStream::SilentStream(const QAudioFormat &format, QObject *parent)
+    : QObject(parent)
+    , m_sink(std::make_unique<QAudioSink>(QMediaDevices::defaultAudioOutput(), format))
+{
+    m_silence.setData(QByteArray(format.bytesForDuration(duration.count()), '\0'));
+    m_silence.open(QIODevice::ReadOnly);
+    m_sink->start(&m_silence);
+}
+
+SilentStream::~SilentStream()
+{
+    m_sink->reset(); // stop() may wait for what is left to be played
+}
