@@ -44,7 +44,7 @@ public:
     ~MainWindow() override;
 
 signals:
-    /// The new play count when a token starts; -1 when it has ended and the answer is timed.
+    /// The new play count when a token starts; tokenHasEnded when it has, and the answer is timed.
     void soundPlaying(int index);
     /// The end of a session. The first argument that is sent is the duration of the last token in
     /// seconds, and the second the (unused) reactionTime field.
@@ -255,7 +255,7 @@ private:
     void sizeSpectrum();
 
     // app/MainWindow_session.cpp
-    void beginPreparation(int sesTypeIndex);
+    void beginPreparation(SessionType type);
     void prepareNextPresentation();
     void takeAnswer(Category answer);
 

@@ -20,19 +20,19 @@ using namespace Qt::StringLiterals;
 
 void MainWindow::pushButtonPractice_clicked()
 {
-    beginPreparation(0);
+    beginPreparation(PracticeSession);
     pushButtonExperiment->setEnabled(false);
 }
 
 void MainWindow::pushButtonExperiment_clicked()
 {
-    beginPreparation(1);
+    beginPreparation(ExperimentSession);
     pushButtonExperiment->setEnabled(true);
 }
 
-void MainWindow::beginPreparation(int sesTypeIndex)
+void MainWindow::beginPreparation(SessionType type)
 {
-    comboBoxSesType->setCurrentIndex(sesTypeIndex);
+    comboBoxSesType->setCurrentIndex(type);
     getReadyToGo();
     pushButtonPractice->setEnabled(true);
     pushButtonGo->setEnabled(nTokens >= 1);

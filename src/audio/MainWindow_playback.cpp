@@ -4,6 +4,7 @@
 #include "app/MainWindow.h"
 #include "app/PresentationOrder.h"
 #include "plots/WaveformSpan.h"
+#include "subject/SubjectWindow.h"
 
 #include <QAudioDevice>
 #include <QAudioSink>
@@ -156,7 +157,7 @@ void MainWindow::endSound()
         reactionTimer->restart();
     ++reactionTimerStarts;
     const StreamFollower::Time clockStart = streamFollower.now();
-    emit soundPlaying(-1);
+    emit soundPlaying(tokenHasEnded);
     keepTiming(clockStart);
 }
 

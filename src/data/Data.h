@@ -7,6 +7,9 @@
 #include <QString>
 #include <QStringList>
 
+/// The indexes into the names of the session types.
+enum SessionType { PracticeSession, ExperimentSession };
+
 /// Everything a session knows: its parameters, paths, tallies and trials. The main window owns the
 /// one object; durations are in seconds, frequencies in Hz.
 class Data

@@ -173,7 +173,7 @@ void SubjectWindow::pushButtonNext_clicked()
 void SubjectWindow::updateSubjectWindow(int state)
 {
     lock();
-    if (state != -1)
+    if (state != tokenHasEnded)
         return;
 
     const QString hoverStyle =

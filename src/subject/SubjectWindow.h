@@ -19,6 +19,10 @@ enum ResponseCode {
     NextResponse = 5,
 };
 
+/// What soundPlaying(int) carries when a token has ended and an answer is awaited; when one starts,
+/// it is the number of the play.
+inline constexpr int tokenHasEnded = -1;
+
 /// The window that the subject sees and touches: starts the session, takes the answers, shows
 /// feedback and closes. The main window drives it by signals; all it knows of a token is the file
 /// name, by which it chooses the picture.
@@ -49,8 +53,8 @@ public slots:
     void pushButtonNext_clicked();
     void enableAllChoiceButtons();
 
-    /// @p state is -1 when the token has ended and an answer is awaited; any other value means that
-    /// a token plays, and locks the window.
+    /// @p state is tokenHasEnded when an answer is awaited; any other value means that a token
+    /// plays, and locks the window.
     void updateSubjectWindow(int state);
 
     void pushButtonChoice2_clicked();

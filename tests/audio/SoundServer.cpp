@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <optional>
 #include <unistd.h>
@@ -19,14 +20,19 @@ constexpr int longestWait = 10000; // ms
 /// In the order in which they start.
 const QList<QByteArray> serverNames = {"pipewire", "wireplumber", "pipewire-pulse"};
 
-/// What "pactl" answers, or nothing when it fails.
-std::optional<QByteArray> pactl(const QStringList &arguments)
+/// What @p program answers, or nothing when it fails.
+std::optional<QByteArray> answer(const QString &program, const QStringList &arguments)
 {
     QProcess process;
-    process.start("pactl", arguments);
+    process.start(program, arguments);
     if (!process.waitForFinished(longestWait) || process.exitCode() != 0)
         return std::nullopt;
     return process.readAllStandardOutput().trimmed();
+}
+
+std::optional<QByteArray> pactl(const QStringList &arguments)
+{
+    return answer("pactl", arguments);
 }
 
 QByteArray statusField(const QByteArray &status, const QByteArray &name)
@@ -136,6 +142,24 @@ bool SoundServer::isSuspended(const QString &name) const
             return sink.endsWith("SUSPENDED");
     }
     return false;
+}
+
+bool SoundServer::setPeriod(int nSamples)
+{
+    const QStringList keys = {"clock.min-quantum", "clock.quantum", "clock.max-quantum"};
+    return std::all_of(keys.begin(), keys.end(), [&](const QString &key) {
+        return answer("pw-metadata", {"-n", "settings", "0", key, QString::number(nSamples)});
+    });
+}
+
+int SoundServer::nStreamsWithPeriod() const
+{
+    const QString streams =
+        QString::fromUtf8(pactl({"list", "sink-inputs"}).value_or(QByteArray()));
+    const QStringList each = streams.split("Sink Input #");
+    return static_cast<int>(std::count_if(each.begin(), each.end(), [](const QString &stream) {
+        return stream.contains("node.force-quantum = \"2048\"") && stream.contains("Corked: no");
+    }));
 }
 
 int SoundServer::nConnections() const

@@ -28,6 +28,13 @@ public:
     bool suspendOutput(const QString &name, bool suspended);
     bool isSuspended(const QString &name) const;
 
+    /// Lets other programs' streams, and those of this one that ask for nothing, play by periods of
+    /// @p nSamples.
+    bool setPeriod(int nSamples);
+
+    /// How many streams that play ask for a period of 2048 samples.
+    int nStreamsWithPeriod() const;
+
     /// How many connections to the server this process has.
     int nConnections() const;
 

@@ -1,13 +1,20 @@
 #include "audio/Recording.h"
+#include "audio/SoundServer.h"
 #include "audio/StreamProgress.h"
 #include "gui/GuiTestMain.h"
+#include "gui/ModalAnswer.h"
 #include "gui/OperatorWindow.h"
+#include "subject/SubjectWindow.h"
 
 #include <QAudioSink>
 #include <QBuffer>
 #include <QDeadlineTimer>
 #include <QSignalSpy>
 #include <QTimer>
+
+#include <chrono>
+#include <cmath>
+#include <memory>
 
 namespace {
 
@@ -28,6 +35,10 @@ private slots:
     void stopBeforeTheEndEndsNothing();
     void newPlayReleasesTheOneBefore();
     void closingReleasesWhatPlays();
+    void periodIsHeldDuringASession_data();
+    void periodIsHeldDuringASession();
+    void periodOfOthers_data();
+    void periodOfOthers();
 };
 
 void TestPlayback::tokenIsHeardWhole_data()
@@ -198,6 +209,72 @@ void TestPlayback::closingReleasesWhatPlays()
     next.soundWave = noise(960, 1);
     next.playOneSound();
     QTRY_COMPARE_WITH_TIMEOUT(playing.size(), 2, endTimeout);
+}
+
+void TestPlayback::periodIsHeldDuringASession_data()
+{
+    QTest::addColumn<bool>("quit");
+    QTest::newRow("the subject window is closed") << false;
+    QTest::newRow("the program is ended") << true;
+}
+
+// Catches a period that is asked for only while a token plays, too late for the first one, or for
+// ever.
+void TestPlayback::periodIsHeldDuringASession()
+{
+    QFETCH(const bool, quit);
+    const SoundServer server;
+    auto window = std::make_unique<OperatorWindow>();
+    window->show();
+    QSignalSpy playing(window.get(), &MainWindow::soundPlaying);
+    QCOMPARE(server.nStreamsWithPeriod(), 0);
+    window->pushButtonGo_clicked();
+    QTRY_COMPARE_WITH_TIMEOUT(server.nStreamsWithPeriod(), 1, endTimeout);
+
+    window->soundWave = noise(2 * sampleRate, 1);
+    window->playOneSound();
+    QTRY_COMPARE_WITH_TIMEOUT(server.nStreamsWithPeriod(), 2, 1500);
+    QTRY_COMPARE_WITH_TIMEOUT(playing.size(), 2, endTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(server.nStreamsWithPeriod(), 1, endTimeout);
+    QTest::qWait(1000); // the session goes on for longer than anything is fed
+    QCOMPARE(server.nStreamsWithPeriod(), 1);
+
+    if (quit) {
+        window.reset();
+    } else {
+        ModalAnswer answers;
+        answers.press(QMessageBox::Yes);
+        window->subjectWindow->close();
+        QCOMPARE(answers.problem(), "");
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(server.nStreamsWithPeriod(), 0, endTimeout);
+}
+
+void TestPlayback::periodOfOthers_data()
+{
+    QTest::addColumn<int>("nSamples");
+    QTest::newRow("256") << 256;
+    QTest::newRow("1024") << 1024;
+    QTest::newRow("2048") << 2048;
+}
+
+// Catches a token that is played by the period that other programs ask for, in which its end cannot
+// be told.
+void TestPlayback::periodOfOthers()
+{
+    QFETCH(const int, nSamples);
+    SoundServer server;
+    QVERIFY(server.setPeriod(nSamples));
+    OperatorWindow window;
+    QSignalSpy playing(&window, &MainWindow::soundPlaying);
+    window.pushButtonGo_clicked();
+    window.soundWave = noise(sampleRate, 1);
+    window.playOneSound();
+    QTRY_COMPARE_WITH_TIMEOUT(playing.size(), 2, endTimeout);
+    const double block =
+        std::chrono::duration<double, std::milli>(window.streamFollower.progress().block()).count();
+    QVERIFY2(std::abs(block - 2048 / 48.0) < 0.1, qPrintable(QString::number(block)));
+    QVERIFY(server.setPeriod(2048)); // as the other tests have it
 }
 
 GUI_TEST_MAIN(TestPlayback)

@@ -82,6 +82,8 @@ private slots:
     void closing();
     void closingAsATokenComes_data();
     void closingAsATokenComes();
+    void timerOfTheDelay_data();
+    void timerOfTheDelay();
     void staleTimerPlaysOn();
     void staleTimerAndNextSession();
     void soundingTokenAndNextSession();
@@ -769,6 +771,30 @@ void TestSession::closingAsATokenComes()
         click(subject("pushButtonChoice2"));
         QVERIFY(subject("pushButtonDone")->isVisible());
     }
+}
+
+void TestSession::timerOfTheDelay_data()
+{
+    QTest::addColumn<QString>("interval"); // ms, beside a token of 250 ms
+    QTest::addColumn<int>("delay");
+    QTest::addColumn<Qt::TimerType>("type");
+    QTest::newRow("below two seconds") << "1749.500" << 1999 << Qt::PreciseTimer;
+    QTest::newRow("two seconds") << "1750.000" << 2000 << Qt::CoarseTimer;
+}
+
+// Catches a delay that is rounded, kept by the other kind of timer, or repeated.
+void TestSession::timerOfTheDelay()
+{
+    QFETCH(const QString, interval);
+    QVERIFY(makeToken("MOV001.wav", 250));
+    m_window->lineEditSi->setText(interval);
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QVERIFY(!m_window->presentationTimer.isActive());
+    QVERIFY(advance({}, "delay"));
+    QVERIFY(m_window->presentationTimer.isActive());
+    QVERIFY(m_window->presentationTimer.isSingleShot());
+    QTEST(m_window->presentationTimer.interval(), "delay");
+    QTEST(m_window->presentationTimer.timerType(), "type");
 }
 
 // Catches a scheduled token of a broken session that fails or does not play.
