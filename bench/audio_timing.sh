@@ -11,6 +11,11 @@ if [ -w /dev/cpu_dma_latency ]; then
     awake=--awake
 fi
 for server in "--period 1024" "--period 256" "--period 2048" --pulseaudio; do
+    if [ "$server" = --pulseaudio ] && ! command -v pulseaudio >/dev/null; then
+        echo
+        echo "PulseAudio is not installed (scripts/setup.sh bench-pulseaudio), so it is not measured."
+        continue
+    fi
     echo
     echo "### ${server#--}${awake:+, processors kept awake}"
     echo

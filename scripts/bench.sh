@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/setup.sh --bench
+scripts/setup.sh bench
 cmake --preset bench
 cmake --build --preset bench
 

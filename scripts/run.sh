@@ -4,12 +4,23 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/setup.sh
-cmake --preset release
+if [ -n "${DISPLAY:-}" ]; then
+    packages=(run)
+elif [ -n "${WAYLAND_DISPLAY:-}" ]; then
+    packages=(run wayland)
+    # Not every version of Qt looks for such a screen by itself.
+    export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-wayland}
+else
+    packages=(demo)
+fi
+
+scripts/setup.sh "${packages[@]}"
+# Without the tests, which look for packages of their own.
+cmake --preset release -DOSTRINE_BUILD_TESTS=OFF
 cmake --build --preset release --target ostrine
 
 program=build/release/src/ostrine
-if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
+if [ "${packages[0]}" = run ]; then
     exec "$program"
 fi
 

@@ -1,67 +1,90 @@
 #!/usr/bin/env bash
-# Installs what building, testing and running Ostrine needs on Debian 12 (or a later Debian or Ubuntu
-# with the same package names). Does nothing, and needs no rights, when everything is there already.
+# Installs the packages which Ostrine needs on Debian 12 or 13. Does nothing, and needs no rights, when all are
+# there already. Never removes one.
 #
-#   setup.sh [--bench]    with --bench, what the benchmarks need as well
+#   setup.sh SET...
+#
+#   run               to build the program and run it
+#   wayland           to run it on a screen which speaks Wayland only
+#   demo              to build it and run the demo session on a virtual screen with a virtual sound output
+#   test              to build it and run the tests
+#   bench             to build and run the benchmarks
+#   bench-pulseaudio  the same with PulseAudio as well, which cannot be installed beside the desktop's own sound
+#                     where that is PipeWire
 set -euo pipefail
 
-packages=(
-    # Building
-    build-essential cmake ninja-build clang-format-14
+build=(
+    build-essential cmake ninja-build
     qt6-base-dev qt6-charts-dev qt6-multimedia-dev
-    # Another compiler, and one for another processor, for the transform's test
-    clang g++-aarch64-linux-gnu qemu-user
     # Qt Charts' CMake package looks for these two without depending on them
     libqt6opengl6-dev libgl1-mesa-dev
     # Text in the windows, with and without a screen
     fonts-dejavu-core
-    # A private display to run the windows on, hands to press their buttons, eyes to find them
-    xvfb xauth openbox xdotool x11-utils imagemagick
-    at-spi2-core python3 python3-pyatspi gir1.2-atspi-2.0
-    # A private sound server which records what would be heard
-    dbus-daemon pipewire pipewire-bin pipewire-pulse wireplumber pulseaudio-utils procps
 )
-
-if [ "${1:-}" = --bench ]; then
-    packages+=(
-        libbenchmark-dev
-        # The transforms of others to compare with
-        libfftw3-dev libgsl-dev libeigen3-dev
-        # The reader of sound files to compare with
-        libsndfile1-dev
-        # The other sound server, and a recorder that tells when each sample arrived
-        pulseaudio libpulse-dev pkg-config
-    )
+# A private sound server which records what would be heard
+sound=(procps dbus-daemon pipewire pipewire-bin pipewire-pulse wireplumber pulseaudio-utils)
+# A private display to run the windows on, hands to press their buttons, eyes to find them
+screen=(
+    xvfb openbox xdotool x11-utils imagemagick
+    at-spi2-core python3 python3-pyatspi gir1.2-atspi-2.0
+)
+# The transform is compiled by another compiler and for another processor as well
+checks=(clang g++-aarch64-linux-gnu qemu-user)
+# One version decides what the sources look like; Debian 13 does not have it any more.
+if [ "$(. /etc/os-release && echo "${VERSION_CODENAME:-}")" = bookworm ]; then
+    checks+=(clang-format-14)
 fi
+# Others' transforms and readers to compare with, and a recorder that tells when each sample arrived
+peers=(libbenchmark-dev libfftw3-dev libgsl-dev libeigen3-dev libsndfile1-dev libpulse-dev pkg-config)
 
-missing=()
-for package in "${packages[@]}"; do
-    # The status must be read: a removed package which left its configuration behind is still listed.
-    status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
-    [ "$status" = installed ] || missing+=("$package")
+packages=()
+if [ $# -eq 0 ]; then
+    echo "usage: setup.sh run|wayland|demo|test|bench|bench-pulseaudio..." >&2
+    exit 2
+fi
+for set in "$@"; do
+    case $set in
+        run) packages+=("${build[@]}") ;;
+        wayland) packages+=(qt6-wayland) ;;
+        demo) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}") ;;
+        test) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}" "${checks[@]}") ;;
+        bench) packages+=("${build[@]}" "${sound[@]}" "${peers[@]}") ;;
+        bench-pulseaudio) packages+=("${build[@]}" "${sound[@]}" "${peers[@]}" pulseaudio) ;;
+        *) echo "setup: there is no set of packages $set" >&2; exit 2 ;;
+    esac
 done
 
+# What is installed, and what that provides: a package of one release may be only a name for another's in the
+# next. The status must be read, because a removed package which left its configuration behind is still listed.
+installed=$(dpkg-query -W -f '${db:Status-Status},${Package},${Provides}\n' |
+    sed -n 's/^installed,//p' | tr ',' '\n' | sed 's/^ *//; s/ .*//')
+mapfile -t missing < <(printf '%s\n' "${packages[@]}" | grep -vxF "$installed")
 if [ ${#missing[@]} -eq 0 ]; then
     echo "setup: all ${#packages[@]} packages are installed"
     exit 0
 fi
 echo "setup: missing: ${missing[*]}"
 
+install=(apt-get install -y --no-install-recommends --no-remove)
 as_root=()
 if [ "$(id -u)" -ne 0 ]; then
-    if command -v sudo >/dev/null && sudo -n true 2>/dev/null; then
-        as_root=(sudo -n)
-    elif command -v sudo >/dev/null && [ -t 0 ]; then
+    if command -v sudo >/dev/null && { sudo -n true 2>/dev/null || [ -t 0 ]; }; then
         as_root=(sudo)
     else
-        echo "setup: not root and no way to become root without asking. Run this once, then start again:" >&2
-        echo "    apt-get update && apt-get install -y --no-install-recommends ${missing[*]}" >&2
+        echo "setup: this user may not install packages. Have this run once by root, then start again:" >&2
+        echo "    apt-get update && ${install[*]} ${missing[*]}" >&2
         exit 1
     fi
 fi
 
 # sudo drops the environment, so the variable is set behind it.
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update
-"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y --no-install-recommends "${missing[@]}"
+# Asked first, because apt does not tell what it would have removed when it may not.
+removed=$(apt-get install --simulate --no-install-recommends "${missing[@]}" |
+    sed -n 's/^Remv \([^ ]*\).*/\1/p')
+if [ -n "$removed" ]; then
+    echo "setup: nothing was installed, because these packages here would have to be removed for it:" $removed >&2
+    exit 1
+fi
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive "${install[@]}" "${missing[@]}"
 echo "setup: installed: ${missing[*]}"

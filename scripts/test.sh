@@ -5,7 +5,12 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 start=$SECONDS
 
-scripts/setup.sh
+scripts/setup.sh test
+
+# Private, so that what a test leaves behind is seen at the end.
+TMPDIR=$(mktemp -d "${TMPDIR:-/tmp}/ostrine-test.XXXXXX")
+export TMPDIR
+trap 'rm -rf "$TMPDIR"' EXIT
 
 options=()
 # On the build server a warning is a failure; at the desk it must not stop somebody trying things out.
