@@ -26,4 +26,11 @@ for preset in release asan; do
     ctest --preset "$preset"
 done
 
+leftovers=$(ls -A "$TMPDIR")
+if [ -n "$leftovers" ]; then
+    echo "The tests have left temporary files behind:" >&2
+    echo "$leftovers" >&2
+    exit 1
+fi
+
 echo "All tests passed: release (all) and asan (unit, gui), in $((SECONDS - start)) s."

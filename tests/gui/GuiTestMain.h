@@ -23,6 +23,9 @@ int runGuiTest(int argc, char *argv[])
     if (!home.isValid())
         return EXIT_FAILURE;
     qputenv("HOME", home.path().toLocal8Bit());
+    // Without a runtime folder the sound library makes one among the temporary files and leaves it.
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        qputenv("XDG_RUNTIME_DIR", home.path().toLocal8Bit());
     QByteArray platform = "offscreen";
     if (qEnvironmentVariableIsSet("OSTRINE_TEST_SCREEN")) {
         QFile file(home.filePath("screen.json"));

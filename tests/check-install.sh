@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Fails when "cmake --install" does not install the program, or installs more than that.
+#
+#   check-install.sh BUILD_FOLDER
+set -euo pipefail
+prefix=$(mktemp -d)
+trap 'rm -rf "$prefix"' EXIT
+cmake --install "$1" --prefix "$prefix"
+[ "$(find "$prefix" -type f -perm -u=x -printf '%P\n')" = bin/ostrine ]
+[ "$(find "$prefix" -type f | wc -l)" -eq 1 ]
