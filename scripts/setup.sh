@@ -68,10 +68,10 @@ echo "setup: missing: ${missing[*]}"
 install=(apt-get install -y --no-install-recommends --no-remove)
 as_root=()
 if [ "$(id -u)" -ne 0 ]; then
-    if command -v sudo >/dev/null && { sudo -n true 2>/dev/null || [ -t 0 ]; }; then
+    if command -v sudo >/dev/null && { sudo -n true 2>/dev/null || { [ -t 0 ] && sudo -v; }; }; then
         as_root=(sudo)
     else
-        echo "setup: this user may not install packages. Have this run once by root, then start again:" >&2
+        echo "setup: this user may not install packages. As root, run this once, then start again:" >&2
         echo "    apt-get update && ${install[*]} ${missing[*]}" >&2
         exit 1
     fi
@@ -80,10 +80,11 @@ fi
 # sudo drops the environment, so the variable is set behind it.
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update
 # Asked first, because apt does not tell what it would have removed when it may not.
-removed=$(apt-get install --simulate --no-install-recommends "${missing[@]}" |
-    sed -n 's/^Remv \([^ ]*\).*/\1/p')
+plan=$(apt-get install --simulate --no-install-recommends "${missing[@]}" 2>&1) || { echo "$plan" >&2; exit 1; }
+removed=$(sed -n 's/^Remv \([^ ]*\).*/\1/p' <<<"$plan")
 if [ -n "$removed" ]; then
-    echo "setup: nothing was installed, because these packages here would have to be removed for it:" $removed >&2
+    echo "setup: nothing was installed. These packages, which are installed here, stand in the way, and apt would" \
+        "remove them: ${removed//$'\n'/ }" >&2
     exit 1
 fi
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive "${install[@]}" "${missing[@]}"
