@@ -25,13 +25,13 @@ setsid setpriv --pdeathsig TERM "$(dirname "${BASH_SOURCE[0]}")/private-session/
 group=$!
 
 # The dead which nobody has collected yet do not count.
-any_alive() { ps -o stat= -s "$group" | grep -qv '^Z'; }
+any_alive() { pgrep -s "$group" -r D,R,S,T,t >/dev/null; }
 
 clean_up() {
     local code=$? signal i
     trap '' HUP INT TERM
     for signal in TERM KILL; do
-        kill "-$signal" -- "-$group" 2>/dev/null
+        kill "-$signal" -- "-$group" 2>/dev/null || break
         for ((i = 0; i < 30; ++i)); do
             any_alive || break 2
             sleep 0.1
