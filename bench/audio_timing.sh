@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Measures when tokens are heard and when the reaction clock starts, on sound servers of its own. The
-# processors are kept awake where the user may ask for that.
+# processors are kept awake where the user may ask for that. Only the tables are printed; the program's log
+# goes to build/bench/audio_timing.log.
 #
 #   audio_timing.sh [plays per condition, 50]
 set -euo pipefail
@@ -10,6 +11,8 @@ awake=
 if [ -w /dev/cpu_dma_latency ]; then
     awake=--awake
 fi
+log=build/bench/audio_timing.log
+: >"$log"
 for server in "--period 1024" "--period 256" "--period 2048" --pulseaudio; do
     if [ "$server" = --pulseaudio ] && ! command -v pulseaudio >/dev/null; then
         echo
@@ -21,5 +24,5 @@ for server in "--period 1024" "--period 256" "--period 2048" --pulseaudio; do
     echo
     # shellcheck disable=SC2086 # options and their values
     scripts/private-session.sh $awake --audio $server env QT_QPA_PLATFORM=offscreen \
-        build/bench/bench/audio_timing "${1:-50}"
+        build/bench/bench/audio_timing "${1:-50}" 2>>"$log"
 done

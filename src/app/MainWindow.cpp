@@ -124,8 +124,8 @@ MainWindow::~MainWindow()
 {
     // Releasing the output runs pending events: no presentation may start from them any more.
     presentationTimer.stop();
-    delete silentStream;
     releaseAudioOutput();
+    delete silentStream;
 
     for (const LineChart *chart : {&waveformChart, &spectrumChart, &trendChart})
         delete chart->view;
