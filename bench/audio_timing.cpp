@@ -469,7 +469,7 @@ private:
             : m_condition(condition)
         {
             m_window.resize(width, 810);
-            m_window.silentStream = new SilentStream(m_window.audioOutputFormat, &m_window);
+            m_window.silentStream = std::make_unique<SilentStream>(m_window.audioOutputFormat);
             if (condition.charts)
                 m_window.show();
             Record record;

@@ -125,7 +125,7 @@ MainWindow::~MainWindow()
     // Releasing the output runs pending events: no presentation may start from them any more.
     presentationTimer.stop();
     releaseAudioOutput();
-    delete silentStream;
+    silentStream.reset();
 
     for (const LineChart *chart : {&waveformChart, &spectrumChart, &trendChart})
         delete chart->view;
@@ -291,10 +291,7 @@ void MainWindow::checkBoxAutoPlay_stateChanged(int arg1)
 
 void MainWindow::refreshMainWindow()
 {
-    // Releasing an output can run pending events, for which the subject window must have closed.
-    if (silentStream != nullptr)
-        silentStream->deleteLater();
-    silentStream = nullptr;
+    silentStream.reset(); // may process events, for which the controls are to be disabled still
     setEnabled(true);
     lineEditNTimes->setEnabled(true);
     pushButtonPractice->setEnabled(true);

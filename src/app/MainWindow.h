@@ -15,6 +15,8 @@
 #include <QString>
 #include <QTimer>
 
+#include <memory>
+
 class QAudioSink;
 class QBuffer;
 class QByteArray;
@@ -239,7 +241,7 @@ protected:
     QByteArray *audioData = nullptr;
     QBuffer *audioBuffer = nullptr;
     QAudioSink *audioSink = nullptr;
-    SilentStream *silentStream = nullptr; ///< from "Go" until the subject window has closed
+    std::unique_ptr<SilentStream> silentStream; ///< from "Go" until the subject window has closed
     StreamFollower streamFollower;
     QList<PresentationTiming> presentationTimings; ///< one per presentation, like data.entries
 

@@ -103,8 +103,7 @@ void MainWindow::pushButtonGo_clicked()
     connect(this, SIGNAL(deliverWavFileName(QString)), subjectWindow,
             SLOT(receiveWavFileName(QString)));
 
-    delete silentStream;
-    silentStream = new SilentStream(audioOutputFormat, this);
+    silentStream = std::make_unique<SilentStream>(audioOutputFormat);
 
     emit deliverFeedBackStatus(data.feedBack);
     emit deliverAutoPlayStatus(data.autoPlay);

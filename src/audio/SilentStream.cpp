@@ -16,9 +16,8 @@ constexpr std::chrono::microseconds duration = 500ms;
 
 } // namespace
 
-SilentStream::SilentStream(const QAudioFormat &format, QObject *parent)
-    : QObject(parent)
-    , m_sink(std::make_unique<QAudioSink>(QMediaDevices::defaultAudioOutput(), format))
+SilentStream::SilentStream(const QAudioFormat &format)
+    : m_sink(std::make_unique<QAudioSink>(QMediaDevices::defaultAudioOutput(), format))
 {
     m_silence.setData(QByteArray(format.bytesForDuration(duration.count()), '\0'));
     m_silence.open(QIODevice::ReadOnly);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QBuffer>
-#include <QObject>
 
 #include <memory>
 
@@ -15,13 +14,15 @@ class QAudioSink;
 /// first 43 ms of each token were missing in a recording, whatever the version of Qt the times of
 /// sounds before and after a change differ by up to 60 ms, and an output that has to wake up first
 /// begins late. The stream is not fed beyond its first moment: the server fills in silence.
-class SilentStream : public QObject
+class SilentStream
 {
-    Q_OBJECT
-
 public:
-    SilentStream(const QAudioFormat &format, QObject *parent);
-    ~SilentStream() override;
+    explicit SilentStream(const QAudioFormat &format);
+
+    /// Ends the stream, during which pending events may be processed.
+    ~SilentStream();
+    SilentStream(const SilentStream &) = delete;
+    SilentStream &operator=(const SilentStream &) = delete;
 
 private:
     QBuffer m_silence;
