@@ -37,6 +37,9 @@ inline bool FFTReal_is_pow2(std::int64_t x)
 /// Passes are numbered from 0; pass p makes transforms of 2^(p + 1) values. Most of the time goes
 /// into moving values, so several passes share one sweep over the memory: the first ones, up to 5
 /// or 6, are done in a buffer for a few transforms side by side, and the others in pairs.
+///
+/// docs/transform.md draws the two places that are hardest to see through, column_passes and
+/// combine, and works both through with 16 values.
 template<class T>
 class FFTReal
 {
@@ -274,7 +277,7 @@ void FFTReal<T>::column_passes(T df[], const T x[], int passes) const
         T *d = buffers[0];
         T *s = buffers[1];
         // Reversing bits twice changes nothing: what is read for the output at 4 rev[column] begins
-        // in this column.
+        // in this column (drawn in docs/transform.md).
         first_two_passes<W>(d, x, rev + rev[column], rows);
         std::swap(d, s);
         third_pass<W>(d, s, rows);
@@ -444,7 +447,8 @@ void FFTReal<T>::combine_edges(T d[], const T s[], std::int64_t half)
 /// Of one group, what comes of the bins from @p begin, but at least 1, to begin + count - 1 of the
 /// four transforms of @p half values: both passes at once, so that the two transforms of 2 half
 /// values between them are never stored. Of these, bin i and bin half - i are at hand together; the
-/// factor of the latter has the cosine and the sine of the former exchanged.
+/// factor of the latter has the cosine and the sine of the former exchanged (docs/transform.md
+/// shows why).
 template<class T>
 void FFTReal<T>::combine(T d[], const T s[], std::int64_t half, std::int64_t begin,
                          std::int64_t count, Factors inner, Factors outer)
