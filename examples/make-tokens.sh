@@ -1,9 +1,8 @@
 #!/bin/sh
-# Speaks the eight example tokens; needs espeak-ng and sox. The same programs give the same files:
-# sox runs with -R and without dither.
+# Generates the eight example tokens; needs espeak-ng and sox. The same versions of both always produce the same
+# files: sox runs with -R and without dither.
 #
-# MOV001_* is the mother's voice for the subject code CHD001 (their names hold "001"), MOV002_* the
-# stranger's.
+# MOV001_* is the mother's voice for the subject code CHD001 (the names contain "001"), MOV002_* the stranger's.
 set -eu
 tokens="$(cd "$(dirname "$0")" && pwd)/tokens"
 spoken="$(mktemp)"
@@ -16,9 +15,10 @@ speak_words() {
     take=1
     for word in apple ball flower monkey; do
         espeak-ng -v "$2" -p "$3" -s 130 -a 100 -w "$spoken" "$word"
-        # Silence around the word would delay the moment from which the reaction time counts.
+        # Removes the silence around the word: at its end it would delay the moment from which the reaction time
+        # counts.
         sox -R -D "$spoken" -t wav "$trimmed" silence 1 0.005 0.5% reverse silence 1 0.005 0.5% reverse
-        # The level stays 3 dB below full scale, and the ends fade so that they do not click.
+        # The peak is 3 dB below full scale, and both ends are faded to avoid clicks.
         sox -R -D "$trimmed" -t wavpcm -b 16 -e signed-integer -r 48000 -c 1 \
             "$tokens/$1_0$take.wav" gain -n -3 fade h 0.01 0 0.03
         take=$((take + 1))

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds the benchmarks and prints their tables; bench/README.md explains them.
+# Installs what is missing, builds the benchmarks and prints their tables, which bench/README.md explains.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

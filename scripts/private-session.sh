@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs a command in an environment of its own: runtime folder, home folder, session bus and, on request,
-# a display and a sound server. Nothing of the caller's desktop is seen, heard or changed, several
-# of these may run side by side, and everything started here is stopped at the end.
+# Runs a command in an environment of its own: runtime folder, home folder, session bus and, on request, a display
+# and a sound server. The command neither sees nor changes the caller's desktop and plays nothing on it. Several
+# of these environments can run at the same time, and everything started in one is stopped at the end.
 #
 #   private-session.sh [--audio] [--period SAMPLES] [--pulseaudio] [--display] [--awake]
 #                      COMMAND [ARGUMENT...]
@@ -9,22 +9,22 @@
 #   --display         an Xvfb screen of 1440 x 900 with the openbox window manager
 #   --audio           PipeWire with the virtual output "out" (48 kHz, mono) as the default; what is
 #                     played can be recorded from "out.monitor"
-#   --period SAMPLES  PipeWire's period, 2048 if nothing else is said
-#   --pulseaudio      PulseAudio in the place of PipeWire
-#   --awake           no processor sleeps when it has nothing to do: a virtual one may be late by tens
-#                     of milliseconds to wake up; needs write access to /dev/cpu_dma_latency
+#   --period SAMPLES  PipeWire's period, 2048 by default
+#   --pulseaudio      PulseAudio instead of PipeWire
+#   --awake           keeps idle processors from sleeping: a virtual processor may take tens of milliseconds to
+#                     wake up; needs write access to /dev/cpu_dma_latency
 #
-# The exit code is COMMAND's; 125 when the environment itself could not be set up.
+# The exit code is COMMAND's, or 125 if the environment itself could not be set up.
 set -euo pipefail
 
 folder=$(mktemp -d "${TMPDIR:-/tmp}/ostrine-session.XXXXXXXX")
 
-# A session of its own makes one process group of all that is started in it, so that helpers of helpers can be
-# ended too. It is told when this script is killed without a chance to clean up.
+# setsid puts everything that is started there into one process group, so that children of children can be
+# stopped too. The group's leader gets a signal if this script is killed before it can clean up.
 setsid setpriv --pdeathsig TERM "$(dirname "${BASH_SOURCE[0]}")/private-session/start.sh" "$folder" "$@" <&0 &
 group=$!
 
-# The dead which nobody has collected yet do not count.
+# Zombies do not count.
 any_alive() { pgrep -s "$group" -r D,R,S,T,t >/dev/null; }
 
 clean_up() {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds and starts the program. Without a screen it shows the program at
-# work in a demo session on a virtual one and leaves the pictures and result files.
+# Installs what is missing, builds the program and starts it. Without a screen it runs a demo session on a virtual
+# one instead, and leaves screenshots and result files.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -8,14 +8,14 @@ if [ -n "${DISPLAY:-}" ]; then
     packages=(run)
 elif [ -n "${WAYLAND_DISPLAY:-}" ]; then
     packages=(run wayland)
-    # Not every version of Qt looks for such a screen by itself.
+    # Not every version of Qt chooses Wayland by itself.
     export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-wayland}
 else
     packages=(demo)
 fi
 
 scripts/setup.sh "${packages[@]}"
-# Without the tests, which look for packages of their own.
+# Without the tests, which need further packages.
 cmake --preset release -DOSTRINE_BUILD_TESTS=OFF
 cmake --build --preset release --target ostrine
 

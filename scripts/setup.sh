@@ -1,40 +1,40 @@
 #!/usr/bin/env bash
-# Installs the packages which Ostrine needs on Debian 12 or 13. Does nothing, and needs no rights, when all are
-# there already. Never removes one.
+# Installs the packages that Ostrine needs on Debian 12 or 13. If all of them are installed already, it does nothing
+# and needs no privileges. It never removes a package.
 #
 #   setup.sh SET...
 #
-#   run               to build the program and run it
-#   wayland           to run it on a screen which speaks Wayland only
+#   run               to build and run the program
+#   wayland           to run it on a desktop that supports only Wayland
 #   demo              to build it and run the demo session on a virtual screen with a virtual sound output
 #   test              to build it and run the tests
 #   bench             to build and run the benchmarks
-#   bench-pulseaudio  the same with PulseAudio as well, which cannot be installed beside the desktop's own sound
-#                     where that is PipeWire
+#   bench-pulseaudio  the same, with PulseAudio as well; it cannot be installed where the desktop's sound server is
+#                     PipeWire
 set -euo pipefail
 
 build=(
     build-essential cmake ninja-build
     qt6-base-dev qt6-charts-dev qt6-multimedia-dev
-    # Qt Charts' CMake package looks for these two without depending on them
+    # Qt Charts' CMake package requires these two, but the Debian package does not depend on them
     libqt6opengl6-dev libgl1-mesa-dev
-    # Text in the windows, with and without a screen
+    # Fonts for the windows, with and without a screen
     fonts-dejavu-core
 )
-# A private sound server which records what would be heard
+# A private sound server, whose output can be recorded
 sound=(procps dbus-daemon pipewire pipewire-bin pipewire-pulse wireplumber pulseaudio-utils)
-# A private display to run the windows on, hands to press their buttons, eyes to find them
+# A private display, and tools that find and press the buttons of the windows
 screen=(
     xvfb openbox xdotool x11-utils imagemagick
     at-spi2-core python3 python3-pyatspi gir1.2-atspi-2.0
 )
-# The transform is compiled by another compiler and for another processor as well
+# The Fourier transform is also tested with another compiler and for another processor
 checks=(clang g++-aarch64-linux-gnu qemu-user)
-# One version decides what the sources look like; Debian 13 does not have it any more.
+# The sources are formatted by this version; Debian 13 no longer has it.
 if [ "$(. /etc/os-release && echo "${VERSION_CODENAME:-}")" = bookworm ]; then
     checks+=(clang-format-14)
 fi
-# Others' transforms and readers to compare with, and a recorder that tells when each sample arrived
+# Other libraries' transforms and readers to compare with, and the library that the timing benchmark records with
 peers=(libbenchmark-dev libfftw3-dev libgsl-dev libeigen3-dev libsndfile1-dev libpulse-dev pkg-config)
 
 packages=()
@@ -54,8 +54,8 @@ for set in "$@"; do
     esac
 done
 
-# What is installed, and what that provides: a package of one release may be only a name for another's in the
-# next. The status must be read, because a removed package which left its configuration behind is still listed.
+# The installed packages and what they provide: a package of one release may be a virtual package in the next. The
+# status is checked, because a removed package whose configuration files remain is still listed.
 installed=$(dpkg-query -W -f '${db:Status-Status},${Package},${Provides}\n' |
     sed -n 's/^installed,//p' | tr ',' '\n' | sed 's/^ *//; s/ .*//')
 mapfile -t missing < <(printf '%s\n' "${packages[@]}" | grep -vxF "$installed")
@@ -77,9 +77,9 @@ if [ "$(id -u)" -ne 0 ]; then
     fi
 fi
 
-# sudo drops the environment, so the variable is set behind it.
+# sudo drops the environment, so env sets the variable after it.
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update
-# Asked first, because apt does not tell what it would have removed when it may not.
+# Simulated first: with --no-remove apt does not say which packages it would have removed.
 plan=$(apt-get install --simulate --no-install-recommends "${missing[@]}" 2>&1) || { echo "$plan" >&2; exit 1; }
 removed=$(sed -n 's/^Remv \([^ ]*\).*/\1/p' <<<"$plan")
 if [ -n "$removed" ]; then

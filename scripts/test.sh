@@ -1,19 +1,19 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds the program and runs every test: all of them on the program as it is
-# used, then those without sound again under the address and undefined-behaviour sanitizers.
+# Installs what is missing, builds the program and runs every test: first all of them on the release build, then the
+# unit and window tests again under the address and undefined-behaviour sanitizers.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 start=$SECONDS
 
 scripts/setup.sh test
 
-# Private, so that what a test leaves behind is seen at the end.
+# A private folder, so that files left behind by a test are found at the end.
 TMPDIR=$(mktemp -d "${TMPDIR:-/tmp}/ostrine-test.XXXXXX")
 export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
 
 options=()
-# On the build server a warning is a failure; at the desk it must not stop somebody trying things out.
+# Warnings are errors on the build server, but must not stop a developer who is trying things out.
 if [ -n "${CI:-}" ] && [ "${CI}" != false ]; then
     options+=(-DOSTRINE_WARNINGS_AS_ERRORS=ON)
 fi

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The inside of ../private-session.sh: sets the environment up in the empty FOLDER and runs the command in it. What
-# it starts is ended by the outside.
+# The inner part of ../private-session.sh: sets up the environment in the empty FOLDER and runs the command in it.
+# The outer script stops what is started here.
 #
 #   start.sh FOLDER [OPTION...] COMMAND [ARGUMENT...]
 set -euo pipefail
@@ -27,11 +27,11 @@ while [ $# -gt 0 ]; do
 done
 [ $# -gt 0 ] || { echo "private-session: no command to run" >&2; exit 125; }
 
-# All that runs here goes with the outside.
+# When the outer script ends, everything here ends.
 trap 'trap "" TERM; kill -TERM 0; exit 143' TERM
 
-# The caller's desktop must not leak in: neither its screen and sound nor settings which change how
-# the program looks or which file dialog it opens.
+# Nothing of the caller's desktop may be used: neither its screen and sound, nor settings that change how the program
+# looks or which file dialog it opens.
 unset DISPLAY WAYLAND_DISPLAY XAUTHORITY DBUS_SESSION_BUS_ADDRESS AT_SPI_BUS_ADDRESS DESKTOP_SESSION
 unset "${!XDG_@}" "${!PULSE_@}" "${!PIPEWIRE_@}" "${!QT_@}" "${!QSG_@}"
 export HOME=$folder/home XDG_RUNTIME_DIR=$folder/run LC_ALL=C.UTF-8
@@ -45,12 +45,12 @@ fail() {
     exit 125
 }
 
-# start COMMAND...: in the background, logged under the command's name.
+# start COMMAND...: runs it in the background, with a log named after the command.
 start() {
     "$@" >"$folder/log/$1" 2>&1 </dev/null &
 }
 
-# await NAME CONDITION...: until CONDITION holds, for at most 20 s and while the process last started lives.
+# await NAME CONDITION...: waits until CONDITION holds. Fails after 20 s, or when the process started last has ended.
 await() {
     local name=$1 deadline=$((SECONDS + 20))
     shift
@@ -62,7 +62,7 @@ await() {
 
 window_manager_answers() { xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'; }
 
-# Which output is the default is decided by wireplumber, which may still be starting.
+# wireplumber decides which output is the default, and may still be starting.
 default_sink_is_out() { pactl set-default-sink out && pactl get-default-sink | grep -qx out; }
 
 export DBUS_SESSION_BUS_ADDRESS=unix:path=$XDG_RUNTIME_DIR/bus
@@ -70,7 +70,7 @@ start dbus-daemon --session --nofork --nopidfile "--address=$DBUS_SESSION_BUS_AD
 await dbus-daemon dbus-send --session --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.GetId
 
 if [ "$want_display" ]; then
-    # The server picks a free number itself, so that two sessions cannot agree on the same one.
+    # The server picks a free number itself, so that two sessions cannot pick the same one.
     start Xvfb -displayfd 3 -screen 0 1440x900x24 -dpi 96 -nolisten tcp -noreset 3>"$folder/display"
     await Xvfb grep -q . "$folder/display"
     DISPLAY=:$(cat "$folder/display")
@@ -81,7 +81,7 @@ if [ "$want_display" ]; then
 fi
 
 if [ "$want_awake" ]; then
-    # The kernel holds to the latency written, 0 us, while the file is open: until the last process here ends.
+    # The kernel keeps to the latency written, 0 us, while the file is open: until the last process here ends.
     { exec {awake_fd}>/dev/cpu_dma_latency && printf '\0\0\0\0' >&"$awake_fd"; } 2>"$folder/log/awake" || fail awake
 fi
 

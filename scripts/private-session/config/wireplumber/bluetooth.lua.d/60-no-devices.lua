@@ -1,2 +1,2 @@
--- Likewise the wireless devices. For WirePlumber 0.4.
+-- Leaves the machine's Bluetooth devices alone. For WirePlumber 0.4.
 bluez_monitor.enabled = false
