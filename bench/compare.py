@@ -1,14 +1,15 @@
 #!/usr/bin/python3
 """Runs a benchmark executable and prints how its contestants compare, as a Markdown table.
 
-    compare.py <executable> [options of Google Benchmark...]
+    compare.py [--cpu-time] <executable> [options of Google Benchmark...]
 
-The executable names its benchmarks <what>/<who>/<size>. One of each <who> is "ostrine"; the table
-gives its time as a multiple of every other one's, at the same <what> and <size>.
+The executable names its benchmarks <what>/<who>/<size>. One <who> of each group is "ostrine"; the
+table gives its time divided by that of every other one with the same <what> and <size>.
 
 Other work on the machine must not decide the result: all benchmarks are repeated, in random order
-within one run, and medians are compared. The spread in brackets is half the distance between the
-quartiles, of both times, in percent of their medians.
+within one run, and medians are compared. The spread is half the distance between the quartiles, of
+both times, in percent of their medians. On a machine that others use, --cpu-time compares the
+processor time instead of the real time.
 """
 
 import json
@@ -20,8 +21,11 @@ import tempfile
 REPETITIONS = 15
 
 
-def run(executable, options):
-    """The times of all repetitions in nanoseconds: {(what, size): {who: [times]}}."""
+def run(clock, executable, options):
+    """The times of all repetitions in nanoseconds: {(what, size): {who: [times]}}.
+
+    The clock is "real_time" or "cpu_time".
+    """
     with tempfile.NamedTemporaryFile(suffix=".json") as result:
         subprocess.run(
             [executable,
@@ -40,7 +44,7 @@ def run(executable, options):
             continue
         what, who, size = entry["run_name"].split("/")[:3]
         times.setdefault((what, int(size)), {}).setdefault(who, []).append(
-            entry["real_time"] * nanoseconds[entry["time_unit"]])
+            entry[clock] * nanoseconds[entry["time_unit"]])
     return times
 
 
@@ -50,7 +54,12 @@ def spread(times):
 
 
 def main():
-    times = run(sys.argv[1], sys.argv[2:])
+    arguments = sys.argv[1:]
+    clock = "real_time"
+    if arguments[:1] == ["--cpu-time"]:
+        clock = "cpu_time"
+        del arguments[0]
+    times = run(clock, arguments[0], arguments[1:])
     print("| what | size | Ostrine, median in us | compared with | ratio | spread |")
     print("|---|---|---|---|---|---|")
     for (what, size), contestants in sorted(times.items()):
