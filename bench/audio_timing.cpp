@@ -6,12 +6,12 @@
 // Prints a Markdown table to the standard output, and the program's log to the standard error. All
 // times are those of the monotonic clock, in milliseconds.
 
-#include "audio/OtherPrograms.h"
 #include "audio/SilentStream.h"
-#include "gui/ModalAnswer.h"
-#include "gui/OperatorWindow.h"
 #include "subject/SubjectWindow.h"
-#include "unit/WavFile.h"
+#include "support/ModalAnswer.h"
+#include "support/OperatorWindow.h"
+#include "support/OtherPrograms.h"
+#include "support/WavFile.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -4,9 +4,9 @@
 //   bench_charts [options of Google Benchmark]    the times
 //   bench_charts --memory                         the memory, as a Markdown table
 
-#include "gui/OperatorWindow.h"
 #include "plots/Spectrum.h"
-#include "unit/WavFile.h"
+#include "support/OperatorWindow.h"
+#include "support/WavFile.h"
 
 #include <QApplication>
 #include <QChartView>

@@ -2,7 +2,7 @@
 // of about -1 .. +1. The files are in the page cache: what is measured is the reader, not the disk.
 
 #include "audio/CWav.h"
-#include "unit/WavFile.h"
+#include "support/WavFile.h"
 
 #include <QTemporaryDir>
 

@@ -1,13 +1,13 @@
 // What becomes of a session when its sound goes wrong. Each function needs a private session of its
 // own: Qt keeps its connection to the sound server for as long as the program runs.
 
-#include "audio/Recording.h"
-#include "audio/ResidentMemory.h"
-#include "audio/SoundServer.h"
-#include "gui/GuiTestMain.h"
-#include "gui/SessionTest.h"
 #include "subject/SubjectWindow.h"
-#include "unit/WavFile.h"
+#include "support/GuiTestMain.h"
+#include "support/Recording.h"
+#include "support/ResidentMemory.h"
+#include "support/SessionTest.h"
+#include "support/SoundServer.h"
+#include "support/WavFile.h"
 
 #include <QAudioDevice>
 #include <QAudioSink>

@@ -1,5 +1,5 @@
-#include "gui/GuiTestMain.h"
-#include "gui/OperatorWindow.h"
+#include "support/GuiTestMain.h"
+#include "support/OperatorWindow.h"
 
 #include <QSignalSpy>
 

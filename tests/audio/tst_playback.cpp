@@ -1,10 +1,10 @@
-#include "audio/Recording.h"
-#include "audio/SoundServer.h"
 #include "audio/StreamProgress.h"
-#include "gui/GuiTestMain.h"
-#include "gui/ModalAnswer.h"
-#include "gui/OperatorWindow.h"
 #include "subject/SubjectWindow.h"
+#include "support/GuiTestMain.h"
+#include "support/ModalAnswer.h"
+#include "support/OperatorWindow.h"
+#include "support/Recording.h"
+#include "support/SoundServer.h"
 
 #include <QAudioSink>
 #include <QBuffer>

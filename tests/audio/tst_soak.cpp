@@ -1,9 +1,9 @@
-#include "audio/Recording.h"
-#include "audio/ResidentMemory.h"
-#include "gui/GuiTestMain.h"
-#include "gui/SessionTest.h"
 #include "subject/SubjectWindow.h"
-#include "unit/WavFile.h"
+#include "support/GuiTestMain.h"
+#include "support/Recording.h"
+#include "support/ResidentMemory.h"
+#include "support/SessionTest.h"
+#include "support/WavFile.h"
 
 #include <QCheckBox>
 #include <QElapsedTimer>

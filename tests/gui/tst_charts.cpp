@@ -1,8 +1,8 @@
-#include "gui/GuiTestMain.h"
-#include "gui/ModalAnswer.h"
-#include "gui/OperatorWindow.h"
 #include "subject/SubjectWindow.h"
-#include "unit/WavFile.h"
+#include "support/GuiTestMain.h"
+#include "support/ModalAnswer.h"
+#include "support/OperatorWindow.h"
+#include "support/WavFile.h"
 
 #include <QChart>
 #include <QChartView>

@@ -1,9 +1,9 @@
-#include "gui/GuiTestMain.h"
-#include "gui/MethodTable.h"
-#include "gui/ModalAnswer.h"
-#include "gui/OperatorWindow.h"
 #include "subject/SubjectWindow.h"
-#include "unit/WavFile.h"
+#include "support/GuiTestMain.h"
+#include "support/MethodTable.h"
+#include "support/ModalAnswer.h"
+#include "support/OperatorWindow.h"
+#include "support/WavFile.h"
 
 #include <QChartView>
 #include <QCheckBox>

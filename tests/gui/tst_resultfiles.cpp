@@ -1,7 +1,7 @@
-#include "gui/GuiTestMain.h"
-#include "gui/ModalAnswer.h"
-#include "gui/OperatorWindow.h"
-#include "unit/WavFile.h"
+#include "support/GuiTestMain.h"
+#include "support/ModalAnswer.h"
+#include "support/OperatorWindow.h"
+#include "support/WavFile.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
-#include "gui/GuiTestMain.h"
-#include "gui/SessionTest.h"
 #include "subject/SubjectWindow.h"
-#include "unit/WavFile.h"
+#include "support/GuiTestMain.h"
+#include "support/SessionTest.h"
+#include "support/WavFile.h"
 
 #include <QAudioDevice>
 #include <QAudioSink>

@@ -1,7 +1,7 @@
-#include "gui/GuiTestMain.h"
-#include "gui/MethodTable.h"
-#include "gui/ModalAnswer.h"
 #include "subject/SubjectWindow.h"
+#include "support/GuiTestMain.h"
+#include "support/MethodTable.h"
+#include "support/ModalAnswer.h"
 
 #include <QGridLayout>
 #include <QImage>

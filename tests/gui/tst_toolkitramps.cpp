@@ -1,6 +1,6 @@
 #include "audio/PelkClasses.h"
-#include "gui/GuiTestMain.h"
-#include "gui/ToolkitTest.h"
+#include "support/GuiTestMain.h"
+#include "support/ToolkitTest.h"
 
 #include <algorithm>
 #include <array>

@@ -3,7 +3,7 @@
 // the results are and ends with 1 when they are wrong.
 
 #include "plots/FFTReal.h"
-#include "unit/ExactTransform.h"
+#include "support/ExactTransform.h"
 
 #include <algorithm>
 #include <cstdio>

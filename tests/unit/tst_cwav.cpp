@@ -1,5 +1,5 @@
 #include "audio/CWav.h"
-#include "unit/WavFile.h"
+#include "support/WavFile.h"
 
 #include <QTemporaryDir>
 #include <QTest>

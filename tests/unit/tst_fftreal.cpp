@@ -1,7 +1,7 @@
 #include "plots/DynArray.h"
 #include "plots/FFTReal.h"
 #include "plots/Oscillator.h"
-#include "unit/ExactTransform.h"
+#include "support/ExactTransform.h"
 
 #include <QList>
 #include <QTest>

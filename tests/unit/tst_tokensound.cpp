@@ -1,6 +1,6 @@
 #include "audio/CWav.h"
 #include "audio/TokenSound.h"
-#include "unit/WavFile.h"
+#include "support/WavFile.h"
 
 #include <QTemporaryDir>
 #include <QTest>

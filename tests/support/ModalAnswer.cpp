@@ -1,4 +1,4 @@
-#include "gui/ModalAnswer.h"
+#include "support/ModalAnswer.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "gui/ModalAnswer.h"
-#include "gui/OperatorWindow.h"
+#include "support/ModalAnswer.h"
+#include "support/OperatorWindow.h"
 
 #include <QTemporaryDir>
 

@@ -1,8 +1,8 @@
-#include "audio/Recording.h"
+#include "support/Recording.h"
 
-#include "audio/OtherPrograms.h"
 #include "audio/TokenSound.h"
-#include "unit/WavFile.h"
+#include "support/OtherPrograms.h"
+#include "support/WavFile.h"
 
 #include <QRandomGenerator>
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "gui/SessionTest.h"
+#include "support/SessionTest.h"
 
 #include "subject/SubjectWindow.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "gui/ModalAnswer.h"
+#include "support/ModalAnswer.h"
 
 #include <QTest>
 #include <QWidget>

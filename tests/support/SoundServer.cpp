@@ -1,6 +1,6 @@
-#include "audio/SoundServer.h"
+#include "support/SoundServer.h"
 
-#include "audio/OtherPrograms.h"
+#include "support/OtherPrograms.h"
 
 #include <QCoreApplication>
 #include <QDir>
