@@ -9,6 +9,7 @@
 #include "audio/SilentStream.h"
 #include "subject/SubjectWindow.h"
 #include "support/ModalAnswer.h"
+#include "support/Noise.h"
 #include "support/OperatorWindow.h"
 #include "support/OtherPrograms.h"
 #include "support/WavFile.h"
@@ -37,6 +38,7 @@
 #include <functional>
 #include <limits>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace {
@@ -166,11 +168,12 @@ private:
     QString m_before;
 };
 
-/// A recording that runs while it lives.
-class Recording
+/// A recording of the output that tells when each sample was played. A process of its own makes it,
+/// which keeps the stamps free of what the program does meanwhile.
+class StampedRecording
 {
 public:
-    Recording()
+    StampedRecording()
     {
         m_process.setProcessEnvironment(environmentOfOthers());
         m_process.start(QCoreApplication::applicationFilePath(), {"--record", path()});
@@ -187,25 +190,21 @@ public:
         QFile file(path());
         if (!file.open(QIODevice::ReadOnly))
             qFatal("the recording cannot be read");
-        m_fragments.resize(static_cast<size_t>(file.size()) / sizeof(Fragment));
-        file.read(reinterpret_cast<char *>(m_fragments.data()),
-                  static_cast<qint64>(m_fragments.size() * sizeof(Fragment)));
+        Fragment fragment;
+        while (file.read(reinterpret_cast<char *>(&fragment), sizeof(fragment)) ==
+               sizeof(fragment)) {
+            m_arrivals.push_back(fragment.arrival);
+            m_samples.insert(m_samples.end(), fragment.samples.begin(), fragment.samples.end());
+        }
     }
 
-    float sample(size_t position) const
-    {
-        return m_fragments[position / fragmentSize].samples[position % fragmentSize];
-    }
-
-    size_t size() const { return m_fragments.size() * fragmentSize; }
+    std::span<const float> samples() const { return m_samples; }
 
     /// The position of the first sample that arrived after @p time.
     size_t positionAt(double time) const
     {
-        const auto fragment =
-            std::lower_bound(m_fragments.begin(), m_fragments.end(), time,
-                             [](const Fragment &f, double t) { return f.arrival < t; });
-        return static_cast<size_t>(fragment - m_fragments.begin()) * fragmentSize;
+        const auto arrival = std::lower_bound(m_arrivals.begin(), m_arrivals.end(), time);
+        return static_cast<size_t>(arrival - m_arrivals.begin()) * fragmentSize;
     }
 
     /// When the sample before @p position was over. The samples of one period of the server arrive
@@ -215,12 +214,12 @@ public:
     {
         constexpr auto around = static_cast<size_t>(300 / fragmentDuration);
         const size_t fragment = position / fragmentSize;
-        const size_t last = std::min(fragment + around, m_fragments.size());
+        const size_t last = std::min(fragment + around, m_arrivals.size());
         double time = std::numeric_limits<double>::infinity();
         for (size_t i = fragment - std::min(fragment, around); i < last; ++i) {
             const auto distance =
                 static_cast<double>(position) - static_cast<double>((i + 1) * fragmentSize);
-            time = std::min(time, m_fragments[i].arrival + distance * 1000 / rate);
+            time = std::min(time, m_arrivals[i] + distance * 1000 / rate);
         }
         return time;
     }
@@ -231,13 +230,12 @@ public:
     {
         constexpr double tolerance = 2; // ms
         size_t first = 0;               // of the period
-        for (size_t i = 0; i + 1 < m_fragments.size() && m_fragments[i].arrival < to; ++i) {
-            if (m_fragments[i + 1].arrival - m_fragments[i].arrival < fragmentDuration / 2)
+        for (size_t i = 0; i + 1 < m_arrivals.size() && m_arrivals[i] < to; ++i) {
+            if (m_arrivals[i + 1] - m_arrivals[i] < fragmentDuration / 2)
                 continue;
             const double played = static_cast<double>(i + 1 - first) * fragmentDuration;
-            if (first > 0 && m_fragments[i].arrival > from &&
-                std::abs(m_fragments[i].arrival - m_fragments[first - 1].arrival - played) >
-                    tolerance)
+            if (first > 0 && m_arrivals[i] > from &&
+                std::abs(m_arrivals[i] - m_arrivals[first - 1] - played) > tolerance)
                 return false;
             first = i + 1;
         }
@@ -252,7 +250,8 @@ private:
 
     QTemporaryDir m_folder;
     QProcess m_process;
-    std::vector<Fragment> m_fragments;
+    std::vector<double> m_arrivals; ///< of each fragment
+    std::vector<float> m_samples;
 };
 
 /// Knows when the program's last timer has fired.
@@ -286,66 +285,24 @@ struct Play
     PresentationTiming timing; ///< what the program says of it
 };
 
-/// Where a play is in the recording.
-struct Heard
+/// What was heard of a play, and when.
+struct HeardPlay
 {
-    size_t nSamples = 0;   ///< how many of the token's samples were heard, in their order
-    bool toItsEnd = false; ///< the last one among them
-    bool whole = false;    ///< all of them, without a gap
-    double first = 0;      ///< when the first sample was over
-    double end = 0;        ///< when the last one was over
+    HeardToken token;
+    double first = 0; ///< when the first sample was over
+    double end = 0;   ///< when the last one was over
 };
 
-/// Where in @p token, from @p from on, the recording goes on at @p position after some samples
-/// were lost; the token's length if it does not. A few samples in a row are unmistakable.
-size_t resumption(const Recording &recording, size_t position, const QList<double> &token,
-                  size_t from)
+/// Finds a play in the recording.
+HeardPlay find(const StampedRecording &recording, const Play &play)
 {
-    constexpr size_t enough = 8;
-    const auto nSamples = static_cast<size_t>(token.size());
-    for (size_t start = from; start + enough <= nSamples; ++start) {
-        size_t n = 0;
-        while (n < enough && position + n < recording.size() &&
-               recording.sample(position + n) ==
-                   static_cast<float>(token.at(static_cast<qsizetype>(start + n))))
-            ++n;
-        if (n == enough)
-            return start;
-    }
-    return nSamples;
-}
-
-/// Finds a token of noise without zeros; between the tokens there are only zeros.
-Heard find(const Recording &recording, const Play &play)
-{
-    Heard heard;
-    const size_t limit = std::min(recording.size(), recording.positionAt(play.ended + 400));
-    const auto nSamples = static_cast<size_t>(play.token.size());
-    size_t next = 0; // in the token
-    size_t first = 0;
-    size_t last = 0;
-    for (size_t position = recording.positionAt(play.due); position < limit && next < nSamples;
-         ++position) {
-        const float sample = recording.sample(position);
-        if (sample == 0)
-            continue;
-        if (sample != static_cast<float>(play.token.at(static_cast<qsizetype>(next)))) {
-            const size_t resumed = resumption(recording, position, play.token, next + 1);
-            if (resumed == nSamples)
-                continue;
-            next = resumed;
-        }
-        if (heard.nSamples == 0)
-            first = position;
-        last = position;
-        ++next;
-        ++heard.nSamples;
-    }
-    if (heard.nSamples > 0) {
-        heard.toItsEnd = next == nSamples;
-        heard.whole = heard.nSamples == nSamples && last - first + 1 == nSamples;
-        heard.first = recording.timeOf(first + 1);
-        heard.end = recording.timeOf(last + 1);
+    const size_t from = recording.positionAt(play.due);
+    const size_t to = recording.positionAt(play.ended + 400);
+    HeardPlay heard;
+    heard.token = findToken(recording.samples().subspan(from, to - from), play.token);
+    if (heard.token.nSamples > 0) {
+        heard.first = recording.timeOf(from + heard.token.first + 1);
+        heard.end = recording.timeOf(from + heard.token.last + 1);
     }
     return heard;
 }
@@ -380,21 +337,10 @@ private:
     std::vector<double> m_values;
 };
 
-QList<double> noise(qsizetype nSamples)
+/// Noise that no other token has.
+QList<double> newNoise(int nSamples)
 {
-    QList<double> samples(nSamples);
-    for (double &sample : samples)
-        sample = (QRandomGenerator::global()->bounded(1, 16384) - 8192.5) / 16384;
-    return samples;
-}
-
-/// The same as a file of 16-bit samples, which is exactly what is played.
-QByteArray tokenFile(const QList<double> &samples)
-{
-    QByteArray data;
-    for (const double sample : samples)
-        data += WavBytes::little(static_cast<std::uint32_t>(std::lround(sample * 32768)), 2);
-    return WavBytes{.data = data}.bytes();
+    return noise(nSamples, QRandomGenerator::global()->generate());
 }
 
 /// A condition under which tokens are played.
@@ -443,7 +389,7 @@ public:
         if (condition.other == Condition::OtherRecords)
             startOther(listener, "--listen");
 
-        Recording recording;
+        StampedRecording recording;
         std::vector<Play> plays;
         {
             Presenter presenter(condition);
@@ -500,13 +446,13 @@ private:
         Play present()
         {
             m_play = Play();
-            m_play.token = noise(m_condition.nSamples);
+            m_play.token = newNoise(m_condition.nSamples);
             m_window.playCount = 0;
             m_window.trialIndex = 0;
             m_window.presentationTimings = {PresentationTiming()};
             m_window.randomSequence = {0};
             if (m_condition.charts) {
-                if (!writeFile(m_folder.filePath("token.wav"), tokenFile(m_play.token)))
+                if (!writeFile(m_folder.filePath("token.wav"), wavBytes(m_play.token)))
                     qFatal("a token cannot be written");
                 m_window.genWav();
                 m_window.displayWav();
@@ -541,7 +487,7 @@ private:
         Play m_play;
     };
 
-    static void print(const QString &name, const Recording &recording,
+    static void print(const QString &name, const StampedRecording &recording,
                       const std::vector<Play> &plays)
     {
         // Before a token's end: what its clock depends on. Behind it the server goes back to the
@@ -562,17 +508,17 @@ private:
         Statistics timer;
         Statistics start;
         for (const Play &play : plays) {
-            const Heard heard = find(recording, play);
+            const HeardPlay heard = find(recording, play);
             sent += static_cast<size_t>(play.token.size());
-            received += heard.nSamples;
+            received += static_cast<size_t>(heard.token.nSamples);
             timer.add(play.begun - play.due);
             start.add(play.started - play.begun);
-            whole += heard.whole ? 1 : 0;
+            whole += heard.token.whole ? 1 : 0;
             const QString problem = timingProblem(play.timing);
             lateClocks += problem.contains("clock") ? 1 : 0;
             lateServers += problem.contains("server") ? 1 : 0;
-            lateServersWithGap += problem.contains("server") && !heard.whole ? 1 : 0;
-            if (!heard.toItsEnd) {
+            lateServersWithGap += problem.contains("server") && !heard.token.whole ? 1 : 0;
+            if (!heard.token.toItsEnd) {
                 ++cut;
                 continue;
             }
@@ -599,7 +545,7 @@ void measureReactionTimes(int nTrials)
     QTemporaryDir folder;
     for (int i = 0; i < nTrials; ++i) {
         if (!writeFile(folder.filePath(QString("MOV001_%1.wav").arg(i)),
-                       tokenFile(noise(9600 + 1234 * (i % 5)))))
+                       wavBytes(newNoise(9600 + 1234 * (i % 5)))))
             qFatal("a token cannot be written");
     }
 
@@ -621,7 +567,7 @@ void measureReactionTimes(int nTrials)
     QObject::connect(&window, &MainWindow::soundPlaying,
                      [&](int index) { (index == -1 ? play.ended : play.started) = nowMs(); });
 
-    Recording recording;
+    StampedRecording recording;
     QTest::mouseClick(window.subjectWindow->findChild<QPushButton *>("pushButtonIAmReady"),
                       Qt::LeftButton);
     auto *const button = window.subjectWindow->findChild<QPushButton *>("pushButtonChoice2");
@@ -641,8 +587,8 @@ void measureReactionTimes(int nTrials)
 
     Statistics error;
     for (size_t i = 0; i < plays.size(); ++i) {
-        const Heard heard = find(recording, plays[i]);
-        if (heard.toItsEnd)
+        const HeardPlay heard = find(recording, plays[i]);
+        if (heard.token.toItsEnd)
             error.add(window.data.entries.at(static_cast<qsizetype>(i)).rt -
                       (presses[i] - heard.end));
     }

@@ -3,6 +3,7 @@
 
 #include "subject/SubjectWindow.h"
 #include "support/GuiTestMain.h"
+#include "support/Noise.h"
 #include "support/Recording.h"
 #include "support/ResidentMemory.h"
 #include "support/SessionTest.h"
@@ -151,7 +152,8 @@ void TestFaults::heardBeforeAnswering()
     QVERIFY(recording.isRunning());
     QVERIFY(isLocked());
     QVERIFY(awaitAnswering());
-    QVERIFY(recording.bytes().contains(floatBytes(noise(longToken, 1)).last(64)));
+    const HeardToken heard = findToken(recording.samples(), noise(longToken, 1));
+    QVERIFY2(heard.toItsEnd, qPrintable(heard.text()));
     sessionGoesOn();
 }
 
@@ -175,9 +177,8 @@ void TestFaults::sessionWorks()
     QVERIFY(getReady("next"));
     QVERIFY(start());
     QVERIFY(awaitAnswering());
-    const QByteArray heard = recording.bytes();
-    QVERIFY2(heard.contains(floatBytes(token)) || hasGap(heard, floatBytes(token)),
-             qPrintable(describeLoss(heard, floatBytes(token))));
+    const HeardToken heard = findToken(recording.samples(), token);
+    QVERIFY2(heard.whole || heard.hasGap(), qPrintable(heard.text()));
     click(subject("pushButtonChoice2"));
     QCOMPARE(m_window->data.entries.first().resp, "mother");
     QVERIFY(subject("pushButtonDone")->isVisible());
@@ -291,7 +292,9 @@ void TestFaults::defaultOutputChanges()
         QVERIFY(makeToken(QString("MOV%1.wav").arg(token), 12000, token));
     m_window->checkBoxAutoPlay->setChecked(false);
     QVERIFY(m_server.addOutput("second"));
-    const auto presented = [this] { return floatBytes(noise(12000, m_window->tokenIndex + 1)); };
+    const auto presentedIn = [this](Recording &recording) {
+        return findToken(recording.samples(), noise(12000, m_window->tokenIndex + 1));
+    };
 
     QVERIFY(getReady());
     {
@@ -299,7 +302,8 @@ void TestFaults::defaultOutputChanges()
         QVERIFY(first.isRunning());
         QVERIFY(start());
         QVERIFY(awaitAnswering());
-        QVERIFY(first.bytes().contains(presented().last(64)));
+        const HeardToken heard = presentedIn(first);
+        QVERIFY2(heard.toItsEnd, qPrintable(heard.text()));
         click(subject("pushButtonChoice2"));
     }
 
@@ -321,9 +325,9 @@ void TestFaults::defaultOutputChanges()
         QVERIFY2(m_window->trialIndex < nTokens, "a gap in each token");
         click(subject("pushButtonNext"));
         QVERIFY(awaitAnswering());
-        const QByteArray heard = second.bytes();
-        whole = heard.contains(presented());
-        QVERIFY2(whole || hasGap(heard, presented()), qPrintable(describeLoss(heard, presented())));
+        const HeardToken heard = presentedIn(second);
+        whole = heard.whole;
+        QVERIFY2(whole || heard.hasGap(), qPrintable(heard.text()));
         click(subject("pushButtonChoice4"));
         QCOMPARE(m_window->data.entries.at(m_window->trialIndex - 1).resp, "stranger");
     }

@@ -1,6 +1,6 @@
 #include "subject/SubjectWindow.h"
 #include "support/GuiTestMain.h"
-#include "support/Recording.h"
+#include "support/Noise.h"
 #include "support/ResidentMemory.h"
 #include "support/SessionTest.h"
 #include "support/WavFile.h"
