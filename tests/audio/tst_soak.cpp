@@ -2,6 +2,7 @@
 #include "support/GuiTestMain.h"
 #include "support/Noise.h"
 #include "support/ResidentMemory.h"
+#include "support/SessionScores.h"
 #include "support/SessionTest.h"
 #include "support/WavFile.h"
 
@@ -16,16 +17,6 @@ namespace {
 constexpr int nTokens = 20;
 constexpr int nTimes = 25;
 constexpr int nTrials = nTokens * nTimes;
-
-/// What the answers to one token add up to.
-struct Tally
-{
-    int nMother = 0;
-    int nStranger = 0;
-    int rt = 0;
-    int rtCorrect = 0;
-    int rtIncorrect = 0;
-};
 
 /// The first half of the tokens are the mother's: so they are sorted.
 bool isMother(int token)
@@ -87,7 +78,10 @@ void TestSoak::fiveHundredTrials()
     const QSignalSpy done(m_window.get(), &MainWindow::doneDataCollection);
     ModalAnswer answers;
     answers.choose(path("soak.txt"));
-    QList<Tally> tallies(nTokens);
+    QList<bool> mothers;
+    for (int token = 0; token < nTokens; ++token)
+        mothers.append(isMother(token));
+    SessionScores scores(mothers);
     QList<QByteArray> entryLines = {"filename\tstim\tresp\tcorrectness\trt"};
     qint64 settled = 0;
     QElapsedTimer clock;
@@ -104,16 +98,11 @@ void TestSoak::fiveHundredTrials()
         const Entry &entry = m_window->data.entries.at(trial);
         QCOMPARE(entry.filename, tokenName(token));
         QCOMPARE(entry.filePath, path("tokens"));
-        QCOMPARE(entry.stim, isMother(token) ? "mother" : "stranger");
-        QCOMPARE(entry.resp, mother ? "mother" : "stranger");
-        QCOMPARE(entry.correctness, correct);
+        scores.add(token, mother, entry.rt);
+        QCOMPARE(scoreText(entry), scoreText(scores.entry()));
         QVERIFY2(entry.rt > 0 && entry.rt < 2000, qPrintable(QString::number(entry.rt)));
         const int rt = static_cast<int>(entry.rt);
         QCOMPARE(entry.rt, rt);
-        Tally &tally = tallies[token];
-        ++(mother ? tally.nMother : tally.nStranger);
-        tally.rt += rt;
-        (correct ? tally.rtCorrect : tally.rtIncorrect) += rt;
         entryLines.append((tokenName(token) + (isMother(token) ? "\tmother\t" : "\tstranger\t") +
                            (mother ? "mother\t" : "stranger\t") + (correct ? "1\t" : "0\t") +
                            QString::number(rt))
@@ -135,28 +124,18 @@ void TestSoak::fiveHundredTrials()
     QCOMPARE(recordLines.size(), 1 + nTokens + 1);
     QCOMPARE(recordLines.first(), "filename\tnMother\tnStranger\trt\trt_correct\trt_incorrect");
     QCOMPARE(recordLines.last(), "");
-    const auto mean = [](int sum, int count) { return count == 0 ? 0.0 : double(sum) / count; };
     for (int token = 0; token < nTokens; ++token) {
-        const Tally &tally = tallies.at(token);
-        const int nCorrect = isMother(token) ? tally.nMother : tally.nStranger;
-        const double rt = mean(tally.rt, nTimes);
-        const double rtCorrect = mean(tally.rtCorrect, nCorrect);
-        const double rtIncorrect = mean(tally.rtIncorrect, nTimes - nCorrect);
         const Record &record = m_window->data.records.at(token);
-        QCOMPARE(record.stim, isMother(token) ? "mother" : "stranger");
-        QCOMPARE(record.nMother, tally.nMother);
-        QCOMPARE(record.nStranger, tally.nStranger);
+        const Record expected = scores.record(token);
+        QCOMPARE(scoreText(record), scoreText(expected));
         QCOMPARE(record.nMother + record.nStranger, nTimes);
-        QCOMPARE(record.rt, rt);
-        QCOMPARE(record.rt_correct, rtCorrect);
-        QCOMPARE(record.rt_incorrect, rtIncorrect);
         QCOMPARE(recordLines.at(1 + token), QString("%1\t%2\t%3\t%4\t%5\t%6")
                                                 .arg(tokenName(token))
-                                                .arg(tally.nMother)
-                                                .arg(tally.nStranger)
-                                                .arg(rt)
-                                                .arg(rtCorrect)
-                                                .arg(rtIncorrect)
+                                                .arg(expected.nMother)
+                                                .arg(expected.nStranger)
+                                                .arg(expected.rt)
+                                                .arg(expected.rt_correct)
+                                                .arg(expected.rt_incorrect)
                                                 .toUtf8());
     }
     QCOMPARE(lines(path("soak_entries.txt")), entryLines);

@@ -1,5 +1,6 @@
 #include "subject/SubjectWindow.h"
 #include "support/GuiTestMain.h"
+#include "support/SessionScores.h"
 #include "support/SessionTest.h"
 #include "support/WavFile.h"
 
@@ -197,11 +198,8 @@ void TestSession::wholeSession()
     QVERIFY(enter("waiting"));
     const QSignalSpy responses(m_window->subjectWindow, &SubjectWindow::subjectResponded);
     click(subject("pushButtonIAmReady"));
-    QList<double> rt(2, 0.0);
-    QList<double> rtCorrect(2, 0.0);
-    QList<double> rtIncorrect(2, 0.0);
-    QList<int> nMother(2, 0);
-    QList<int> nStranger(2, 0);
+    const QList<bool> isMother = {true, subCode.isEmpty()};
+    SessionScores scores(isMother);
     for (int trial = 0; trial < nTrials; ++trial) {
         QVERIFY(awaitAnswering());
         QCOMPARE(m_window->lineEditStatus->text(),
@@ -212,29 +210,24 @@ void TestSession::wholeSession()
         QCOMPARE(m_window->data.nSamples, (token == 0 ? 20 : 50) * rate / 1000);
 
         QTest::qWait(thinking);
-        const bool isMother = token == 0 || subCode.isEmpty();
-        const bool mother = answers == "mother" || (answers == "correct" && isMother) ||
-                            (answers == "wrong" && !isMother) ||
+        const bool mother = answers == "mother" || (answers == "correct" && isMother.at(token)) ||
+                            (answers == "wrong" && !isMother.at(token)) ||
                             (answers == "in turn" && trial % 2 == 0);
         QPushButton *button = subject(mother ? "pushButtonChoice2" : "pushButtonChoice4");
         click(button);
 
-        const bool correct = mother == isMother;
+        const bool correct = mother == isMother.at(token);
         const Entry &entry = m_window->data.entries.at(trial);
         QCOMPARE(entry.filePath, path("tokens"));
         QCOMPARE(entry.filename, name);
-        QCOMPARE(entry.stim, isMother ? "mother" : "stranger");
-        QCOMPARE(entry.resp, mother ? "mother" : "stranger");
-        QCOMPARE(entry.correctness, correct);
+        scores.add(token, mother, entry.rt);
+        QCOMPARE(scoreText(entry), scoreText(scores.entry()));
         QVERIFY2(entry.rt >= thinking - 1 && entry.rt < 2000,
                  qPrintable(QString::number(entry.rt)));
         QCOMPARE(entry.rt, double(qint64(entry.rt)));
         QCOMPARE(button->styleSheet().contains("/correct.png"), feedBack && correct);
         QCOMPARE(button->styleSheet().contains("/incorrect.png"), feedBack && !correct);
-        ++(mother ? nMother : nStranger)[token];
-        rt[token] += entry.rt;
-        (correct ? rtCorrect : rtIncorrect)[token] += entry.rt;
-        QCOMPARE(m_window->trendY.at(token), nMother.at(token));
+        QCOMPARE(m_window->trendY.at(token), scores.record(token).nMother);
 
         if (trial == nTrials - 1) {
             QCOMPARE(m_window->trialIndex, nTrials);
@@ -260,19 +253,10 @@ void TestSession::wholeSession()
              QString("Frequency Difference = %1 %,   Reaction Time = 0 ms")
                  .arg(sequence.last() == 0 ? 2 : 5));
 
-    const auto mean = [](double sum, int count) { return count == 0 ? 0.0 : sum / count; };
     for (int token = 0; token < 2; ++token) {
         const Record &record = m_window->data.records.at(token);
-        const bool isMother = token == 0 || subCode.isEmpty();
-        QCOMPARE(record.stim, isMother ? "mother" : "stranger");
-        QCOMPARE(record.nMother, nMother.at(token));
-        QCOMPARE(record.nStranger, nStranger.at(token));
+        QCOMPARE(scoreText(record), scoreText(scores.record(token)));
         QCOMPARE(record.nMother + record.nStranger, 2);
-        QCOMPARE(record.rt, mean(rt.at(token), 2));
-        QCOMPARE(record.rt_correct,
-                 mean(rtCorrect.at(token), isMother ? record.nMother : record.nStranger));
-        QCOMPARE(record.rt_incorrect,
-                 mean(rtIncorrect.at(token), isMother ? record.nStranger : record.nMother));
     }
 }
 

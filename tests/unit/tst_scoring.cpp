@@ -1,7 +1,9 @@
 #include "data/Entry.h"
 #include "data/Record.h"
 #include "data/Scoring.h"
+#include "support/SessionScores.h"
 
+#include <QRandomGenerator>
 #include <QTest>
 
 Q_DECLARE_METATYPE(Category)
@@ -18,6 +20,7 @@ private slots:
     void means_data();
     void means();
     void meansFollowTheAnswers();
+    void wholeSessions();
 };
 
 void TestScoring::oneAnswer_data()
@@ -188,6 +191,35 @@ void TestScoring::meansFollowTheAnswers()
         QCOMPARE(record.rt, 600.0);
         QCOMPARE(record.rt_correct, mothers ? 500.0 : 800.0);
         QCOMPARE(record.rt_incorrect, mothers ? 800.0 : 500.0);
+    }
+}
+
+// Catches a score that is right for an answer alone and wrong in a session of them, and an oracle
+// of sessions that is wrong itself: the same answers are counted in two ways.
+void TestScoring::wholeSessions()
+{
+    const QStringList names = {"MOV001_01.wav", "MOV001_02.wav", "MOV002_01.wav", "MOV002_02.wav"};
+    QRandomGenerator random(1);
+    for (int session = 0; session < 200; ++session) {
+        QList<Record> records(names.size());
+        for (qsizetype token = 0; token < names.size(); ++token)
+            records[token].filename = names.at(token);
+        SessionScores scores({true, true, false, false});
+        const int nTrials = session % 20; // so few that some tokens are never answered
+        for (int trial = 0; trial < nTrials; ++trial) {
+            const int token = random.bounded(4);
+            const bool mother = random.bounded(2) == 0;
+            const double rt = random.bounded(1, 3000);
+            Entry entry;
+            scoreAnswer(entry, records[token], tokenCategory(names.at(token), "CHD001"),
+                        mother ? Category::Mother : Category::Stranger, rt);
+            scores.add(token, mother, rt);
+            QCOMPARE(scoreText(entry), scoreText(scores.entry()));
+        }
+        for (int token = 0; token < 4; ++token) {
+            formMeans(records[token], "CHD001");
+            QCOMPARE(scoreText(records.at(token)), scoreText(scores.record(token)));
+        }
     }
 }
 
