@@ -1,6 +1,7 @@
 #include "support/GuiTestMain.h"
 #include "support/ModalAnswer.h"
 #include "support/OperatorWindow.h"
+#include "support/ParametersText.h"
 #include "support/WavFile.h"
 
 #include <QDir>
@@ -110,33 +111,15 @@ void TestResultFiles::cleanup()
 QByteArray TestResultFiles::parameters(const QString &file) const
 {
     const QFileInfo info(file);
-    const QString base = info.completeBaseName();
-    const QString suffix = info.suffix();
-    return QString("fs: 48000\n"
-                   "alwaysPlotEntireWaveformFlag: 1\n"
-                   "upperFrequencyToPlot: 2000\n"
-                   "outputFilePath: %1\n"
-                   "wavFilePath: /sounds\n"
-                   "subCode: CHD001\n"
-                   "outputFileName: %2\n"
-                   "outputFileName_entries: %3_entries.%4\n"
-                   "outputFileName_parameters: %3_parameters.%4\n"
-                   "sesTypeNames: practice, experiment\n"
-                   "sesTypeIndex: 0\n"
-                   "soundTypeNames: .wav files, reserved\n"
-                   "soundTypeIndex: 0\n"
-                   "mainParameterNames: sound files, reserved\n"
-                   "mainParameterIndex: 0\n"
-                   "sesNum: 1\n"
-                   "nTimes: 1\n"
-                   "si: 1\n"
-                   "threshold: 0\n"
-                   "reactionTime: 0\n"
-                   "saveData: 1\n"
-                   "feedBack: 1\n"
-                   "autoPlay: 1")
-        .arg(file, info.fileName(), base, suffix)
-        .toUtf8();
+    const auto companion = [&info](const char *topic) {
+        return info.completeBaseName() + '_' + topic + '.' + info.suffix();
+    };
+    return ParametersText{.outputFilePath = file,
+                          .wavFilePath = "/sounds",
+                          .outputFileName = info.fileName(),
+                          .outputFileName_entries = companion("entries"),
+                          .outputFileName_parameters = companion("parameters")}
+        .bytes();
 }
 
 // Catches another caption, folder or name proposed, a missing folder and one of the three files.

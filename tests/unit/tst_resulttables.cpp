@@ -1,5 +1,6 @@
 #include "data/Data.h"
 #include "data/ResultTables.h"
+#include "support/ParametersText.h"
 
 #include <QBuffer>
 #include <QFileInfo>
@@ -204,29 +205,14 @@ void TestResultTables::parameters()
     data.outputFileName = "CHD001_practice001.txt";
     data.outputFileName_entries = "CHD001_practice001_entries.txt";
     data.outputFileName_parameters = "CHD001_practice001_parameters.txt";
-    QCOMPARE(parametersFile(data), "fs: 48000\n"
-                                   "alwaysPlotEntireWaveformFlag: 1\n"
-                                   "upperFrequencyToPlot: 2000\n"
-                                   "outputFilePath: /results/CHD001_practice001.txt\n"
-                                   "wavFilePath: /tokens\n"
-                                   "subCode: CHD001\n"
-                                   "outputFileName: CHD001_practice001.txt\n"
-                                   "outputFileName_entries: CHD001_practice001_entries.txt\n"
-                                   "outputFileName_parameters: CHD001_practice001_parameters.txt\n"
-                                   "sesTypeNames: practice, experiment\n"
-                                   "sesTypeIndex: 0\n"
-                                   "soundTypeNames: .wav files, reserved\n"
-                                   "soundTypeIndex: 0\n"
-                                   "mainParameterNames: sound files, reserved\n"
-                                   "mainParameterIndex: 0\n"
-                                   "sesNum: 1\n"
-                                   "nTimes: 1\n"
-                                   "si: 1\n"
-                                   "threshold: 0\n"
-                                   "reactionTime: 0\n"
-                                   "saveData: 1\n"
-                                   "feedBack: 1\n"
-                                   "autoPlay: 1");
+    const ParametersText expected = {
+        .outputFilePath = "/results/CHD001_practice001.txt",
+        .wavFilePath = "/tokens",
+        .outputFileName = "CHD001_practice001.txt",
+        .outputFileName_entries = "CHD001_practice001_entries.txt",
+        .outputFileName_parameters = "CHD001_practice001_parameters.txt",
+    };
+    QCOMPARE(parametersFile(data), expected.bytes());
 }
 
 // Catches a line that writes another field's value: every value differs here.
@@ -256,13 +242,32 @@ void TestResultTables::everyParameterHasItsLine()
     data.saveData = false;
     data.feedBack = true;
     data.autoPlay = false;
-    QCOMPARE(parametersFile(data),
-             "fs: 44100\nalwaysPlotEntireWaveformFlag: 2\nupperFrequencyToPlot: 3500.5\n"
-             "outputFilePath: out\nwavFilePath: in\nsubCode: S7\noutputFileName: r\n"
-             "outputFileName_entries: e\noutputFileName_parameters: p\nsesTypeNames: one\n"
-             "sesTypeIndex: 3\nsoundTypeNames: two, three, four\nsoundTypeIndex: 4\n"
-             "mainParameterNames: \nmainParameterIndex: 5\nsesNum: 6\nnTimes: 7\nsi: 1.5\n"
-             "threshold: 8.25\nreactionTime: 9.75\nsaveData: 0\nfeedBack: 1\nautoPlay: 0");
+    const ParametersText expected = {
+        .fs = "44100",
+        .alwaysPlotEntireWaveformFlag = "2",
+        .upperFrequencyToPlot = "3500.5",
+        .outputFilePath = "out",
+        .wavFilePath = "in",
+        .subCode = "S7",
+        .outputFileName = "r",
+        .outputFileName_entries = "e",
+        .outputFileName_parameters = "p",
+        .sesTypeNames = "one",
+        .sesTypeIndex = "3",
+        .soundTypeNames = "two, three, four",
+        .soundTypeIndex = "4",
+        .mainParameterNames = "",
+        .mainParameterIndex = "5",
+        .sesNum = "6",
+        .nTimes = "7",
+        .si = "1.5",
+        .threshold = "8.25",
+        .reactionTime = "9.75",
+        .saveData = "0",
+        .feedBack = "1",
+        .autoPlay = "0",
+    };
+    QCOMPARE(parametersFile(data), expected.bytes());
 
     data.feedBack = false;
     data.saveData = true;
