@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QLineSeries>
 #include <QMediaDevices>
+#include <QMetaEnum>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QSignalSpy>
@@ -24,9 +25,6 @@
 namespace {
 
 constexpr int rate = 48000;
-
-/// The states of a session of two presentations, with feedback and "Next", in their order.
-const QStringList states = {"waiting", "delay", "playing", "answering", "feedback", "finished"};
 
 /// 16-bit samples that all have the value @p level / 32768.
 QByteArray constantSound(int milliseconds, int level)
@@ -56,6 +54,15 @@ QList<int> firstArguments(const QSignalSpy &spy)
 class TestSession : public SessionTest
 {
     Q_OBJECT
+
+public:
+    /// The states of a session of two presentations, with feedback and "Next", in their order.
+    enum class State { Prepared, Waiting, Delay, Playing, Answering, Feedback, Finished };
+    Q_ENUM(State)
+
+    /// How a subject answers.
+    enum class Answers { Correct, Wrong, Mother, Stranger, InTurn };
+    Q_ENUM(Answers)
 
 private slots:
     void soundIsThere();
@@ -99,8 +106,10 @@ private slots:
 
 private:
     bool makeToken(const QString &name, int milliseconds, int level = 8192) const;
-    bool enter(const QString &state) const;
-    bool advance(const QString &from, const QString &to) const;
+    bool enter(State state) const;
+    bool advance(State from, State to) const;
+    static QList<State> statesBetween(State from, State to);
+    static QByteArray nameOf(State state);
 };
 
 bool TestSession::makeToken(const QString &name, int milliseconds, int level) const
@@ -110,38 +119,54 @@ bool TestSession::makeToken(const QString &name, int milliseconds, int level) co
 }
 
 /// Goes into @p state from the one before it.
-bool TestSession::enter(const QString &state) const
+bool TestSession::enter(State state) const
 {
-    if (state == "waiting") {
+    switch (state) {
+    case State::Prepared:
+        break; // by prepare()
+    case State::Waiting:
         click(m_window->pushButtonGo);
         return m_window->subjectWindow->isVisible() && !m_window->isEnabled();
-    }
-    if (state == "delay") {
+    case State::Delay:
         click(subject("pushButtonIAmReady"));
         return m_window->trialIndex == 1;
-    }
-    if (state == "playing")
+    case State::Playing:
         return QTest::qWaitFor([this] { return m_window->audioSink != nullptr; }, longestWait);
-    if (state == "answering")
+    case State::Answering:
         return awaitAnswering();
-    if (state == "feedback") {
+    case State::Feedback:
         click(subject("pushButtonChoice2"));
         return subject("pushButtonNext")->isEnabled();
+    case State::Finished:
+        click(subject("pushButtonNext"));
+        if (!awaitAnswering())
+            return false;
+        click(subject("pushButtonChoice4"));
+        return subject("pushButtonDone")->isVisible();
     }
-    click(subject("pushButtonNext"));
-    if (!awaitAnswering())
-        return false;
-    click(subject("pushButtonChoice4"));
-    return subject("pushButtonDone")->isVisible();
+    return false;
 }
 
-/// Goes from one state (none: from before "Go") to a later one.
-bool TestSession::advance(const QString &from, const QString &to) const
+/// Goes from one state to the same or a later one.
+bool TestSession::advance(State from, State to) const
 {
-    const QStringList way =
-        states.mid(states.indexOf(from) + 1, states.indexOf(to) - states.indexOf(from));
-    return std::all_of(way.begin(), way.end(),
-                       [this](const QString &state) { return enter(state); });
+    const QList<State> way = statesBetween(from, to);
+    return std::all_of(way.begin(), way.end(), [this](State state) { return enter(state); });
+}
+
+/// The states after @p from up to @p to.
+QList<TestSession::State> TestSession::statesBetween(State from, State to)
+{
+    QList<State> between;
+    for (int state = static_cast<int>(from) + 1; state <= static_cast<int>(to); ++state)
+        between.append(State(state));
+    return between;
+}
+
+/// As the rows of a table are named.
+QByteArray TestSession::nameOf(State state)
+{
+    return QByteArray(QMetaEnum::fromType<State>().valueToKey(static_cast<int>(state))).toLower();
 }
 
 // Catches a run without the sound server that all the others need.
@@ -155,22 +180,18 @@ void TestSession::wholeSession_data()
 {
     QTest::addColumn<bool>("feedBack");
     QTest::addColumn<bool>("autoPlay");
-    QTest::addColumn<QString>("answers");
+    QTest::addColumn<Answers>("answers");
     QTest::addColumn<QString>("subCode");
-    QTest::newRow("feedback, automatic, all correct") << true << true << "correct"
-                                                      << "CHD001";
-    QTest::newRow("feedback, automatic, all wrong") << true << true << "wrong"
-                                                    << "CHD001";
-    QTest::newRow("feedback and Next, always mother") << true << false << "mother"
-                                                      << "CHD001";
-    QTest::newRow("feedback and Next, always stranger") << true << false << "stranger"
-                                                        << "CHD001";
-    QTest::newRow("no feedback, always mother") << false << true << "mother"
-                                                << "CHD001";
-    QTest::newRow("no feedback, in turn") << false << true << "in turn"
-                                          << "CHD001";
-    QTest::newRow("empty code, all mothers") << false << true << "mother"
-                                             << "";
+    QTest::newRow("feedback, automatic, all correct")
+        << true << true << Answers::Correct << "CHD001";
+    QTest::newRow("feedback, automatic, all wrong") << true << true << Answers::Wrong << "CHD001";
+    QTest::newRow("feedback and Next, always mother")
+        << true << false << Answers::Mother << "CHD001";
+    QTest::newRow("feedback and Next, always stranger")
+        << true << false << Answers::Stranger << "CHD001";
+    QTest::newRow("no feedback, always mother") << false << true << Answers::Mother << "CHD001";
+    QTest::newRow("no feedback, in turn") << false << true << Answers::InTurn << "CHD001";
+    QTest::newRow("empty code, all mothers") << false << true << Answers::Mother << "";
 }
 
 // Catches a trial that is lost, scored wrongly, written to another entry or record or shown as
@@ -179,7 +200,7 @@ void TestSession::wholeSession()
 {
     QFETCH(const bool, feedBack);
     QFETCH(const bool, autoPlay);
-    QFETCH(const QString, answers);
+    QFETCH(const Answers, answers);
     QFETCH(const QString, subCode);
     constexpr int thinking = 25; // ms
     constexpr int nTrials = 4;
@@ -195,7 +216,7 @@ void TestSession::wholeSession()
 
     const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
     const QSignalSpy done(m_window.get(), &MainWindow::doneDataCollection);
-    QVERIFY(enter("waiting"));
+    QVERIFY(enter(State::Waiting));
     const QSignalSpy responses(m_window->subjectWindow, &SubjectWindow::subjectResponded);
     click(subject("pushButtonIAmReady"));
     const QList<bool> isMother = {true, subCode.isEmpty()};
@@ -210,9 +231,10 @@ void TestSession::wholeSession()
         QCOMPARE(m_window->data.nSamples, (token == 0 ? 20 : 50) * rate / 1000);
 
         QTest::qWait(thinking);
-        const bool mother = answers == "mother" || (answers == "correct" && isMother.at(token)) ||
-                            (answers == "wrong" && !isMother.at(token)) ||
-                            (answers == "in turn" && trial % 2 == 0);
+        const bool mother = answers == Answers::Mother ||
+                            (answers == Answers::Correct && isMother.at(token)) ||
+                            (answers == Answers::Wrong && !isMother.at(token)) ||
+                            (answers == Answers::InTurn && trial % 2 == 0);
         QPushButton *button = subject(mother ? "pushButtonChoice2" : "pushButtonChoice4");
         click(button);
 
@@ -272,7 +294,7 @@ void TestSession::practiceThenExperiment()
         QVERIFY(prepare(type == "practice" ? m_window->pushButtonPractice
                                            : m_window->pushButtonExperiment,
                         path("tokens")));
-        QVERIFY(enter("waiting"));
+        QVERIFY(enter(State::Waiting));
         click(subject("pushButtonIAmReady"));
         ModalAnswer answers;
         answers.choose(path(type + ".txt"));
@@ -312,8 +334,8 @@ void TestSession::severalInARow()
     for (int session = 0; session < 4; ++session) {
         QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
         const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
-        QVERIFY(enter("waiting"));
-        QVERIFY(enter("delay"));
+        QVERIFY(enter(State::Waiting));
+        QVERIFY(enter(State::Delay));
         QVERIFY(awaitAnswering());
         click(subject("pushButtonChoice2"));
         QCOMPARE(firstArguments(sound), QList<int>({1, -1}));
@@ -329,26 +351,26 @@ void TestSession::severalInARow()
 
 void TestSession::delayBeforeTheToken_data()
 {
-    QTest::addColumn<QString>("by");
-    for (const char *by : {"ready", "answer", "Next"})
-        QTest::newRow(by) << by;
+    QTest::addColumn<State>("pressed"); // the state in which the button is pressed
+    QTest::newRow("ready") << State::Waiting;
+    QTest::newRow("answer") << State::Answering;
+    QTest::newRow("Next") << State::Feedback;
 }
 
 // Catches a token that does not start when its duration and the silent interval have passed since
 // the button was pressed, but at half or twice that time or without one of the two.
 void TestSession::delayBeforeTheToken()
 {
-    QFETCH(const QString, by);
+    QFETCH(const State, pressed);
     constexpr int duration = 250;
     constexpr int interval = 350;
     QVERIFY(makeToken("MOV001.wav", duration));
     m_window->lineEditNTimes->setText("2");
-    m_window->checkBoxAutoPlay->setChecked(by == "answer");
+    m_window->checkBoxAutoPlay->setChecked(pressed == State::Answering);
     m_window->lineEditSi->setText("-250.000"); // the first token comes at once
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
-    QVERIFY(enter("waiting"));
-    if (by != "ready")
-        QVERIFY(advance("waiting", by == "Next" ? "feedback" : "answering"));
+    QVERIFY(enter(State::Waiting));
+    QVERIFY(advance(State::Waiting, pressed));
 
     QElapsedTimer sincePress;
     qint64 started = -1;
@@ -357,11 +379,11 @@ void TestSession::delayBeforeTheToken()
             started = sincePress.elapsed();
     });
     m_window->lineEditSi->setText(QString::number(interval));
-    if (by == "Next")
+    if (pressed == State::Feedback)
         m_window->data.si = interval / 1000.0; // the field is not read again
-    QPushButton *button = subject(by == "ready"    ? "pushButtonIAmReady"
-                                  : by == "answer" ? "pushButtonChoice2"
-                                                   : "pushButtonNext");
+    QPushButton *button = subject(pressed == State::Waiting     ? "pushButtonIAmReady"
+                                  : pressed == State::Answering ? "pushButtonChoice2"
+                                                                : "pushButtonNext");
     sincePress.start();
     click(button);
     QVERIFY(QTest::qWaitFor([&] { return started >= 0; }, longestWait));
@@ -409,7 +431,7 @@ void TestSession::shownBeforeHeard()
         if (index == 1)
             heard.append(shown());
     });
-    QVERIFY(advance({}, "answering"));
+    QVERIFY(advance(State::Prepared, State::Answering));
     click(subject("pushButtonChoice2"));
     if (!autoPlay)
         click(subject("pushButtonNext"));
@@ -431,8 +453,8 @@ void TestSession::reactionTimes()
         if (index == -1)
             sinceEnd.start();
     });
-    QVERIFY(enter("waiting"));
-    QVERIFY(enter("delay"));
+    QVERIFY(enter(State::Waiting));
+    QVERIFY(enter(State::Delay));
     const QList<int> thinking = {150, 40, 90}; // ms
     for (qsizetype trial = 0; trial < thinking.size(); ++trial) {
         QVERIFY(awaitAnswering());
@@ -465,10 +487,10 @@ void TestSession::parametersReadAgain()
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     QCOMPARE(m_window->data.si, 0.011);
     m_window->lineEditSi->setText("12.000");
-    QVERIFY(enter("waiting"));
+    QVERIFY(enter(State::Waiting));
     QCOMPARE(m_window->data.si, 0.012);
     m_window->lineEditSi->setText("13.000");
-    QVERIFY(enter("delay"));
+    QVERIFY(enter(State::Delay));
     QCOMPARE(m_window->data.si, 0.013);
     QVERIFY(awaitAnswering());
     m_window->lineEditSi->setText("14.000");
@@ -510,7 +532,7 @@ void TestSession::debugLog()
         });
     const auto restore = qScopeGuard([before] { qInstallMessageHandler(before); });
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
-    QVERIFY(advance({}, "answering"));
+    QVERIFY(advance(State::Prepared, State::Answering));
     click(subject("pushButtonChoice2"));
     if (!autoPlay)
         click(subject("pushButtonNext"));
@@ -528,8 +550,8 @@ void TestSession::lowRate()
             WavBytes{.sampleRate = 8000, .data = constantSound(10, 8192).first(800)}.bytes()));
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     QCOMPARE(m_window->soundWave, QList<double>(400, 0.25));
-    QVERIFY(enter("waiting"));
-    QVERIFY(enter("delay"));
+    QVERIFY(enter(State::Waiting));
+    QVERIFY(enter(State::Delay));
     QCOMPARE(m_window->data.nSamples, 2400);
     QVERIFY(awaitAnswering());
     click(subject("pushButtonChoice2"));
@@ -572,8 +594,8 @@ void TestSession::wholeTokenIsPlayed()
         const bool readBack = m_window->data.nSamples == (rounded ? nRounded - 1 : nFast / 2);
         played.append(whole && readBack ? "whole" : "cut " + m_window->data.wavFileName);
     });
-    QVERIFY(enter("waiting"));
-    QVERIFY(enter("delay"));
+    QVERIFY(enter(State::Waiting));
+    QVERIFY(enter(State::Delay));
     for (int trial = 0; trial < 4; ++trial) {
         QVERIFY(awaitAnswering());
         click(subject("pushButtonChoice2"));
@@ -588,7 +610,7 @@ void TestSession::neverPresented()
     m_window->lineEditNTimes->setText("0");
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
-    QVERIFY(enter("waiting"));
+    QVERIFY(enter(State::Waiting));
     click(subject("pushButtonIAmReady"));
     QTest::qWait(400);
     QCOMPARE(sound.size(), 0);
@@ -598,8 +620,8 @@ void TestSession::neverPresented()
 
     m_window->lineEditNTimes->setText("1");
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
-    QVERIFY(enter("waiting"));
-    QVERIFY(enter("delay"));
+    QVERIFY(enter(State::Waiting));
+    QVERIFY(enter(State::Delay));
     QVERIFY(awaitAnswering());
 }
 
@@ -616,8 +638,8 @@ void TestSession::invalidResponse()
     QFETCH(const int, code);
     QVERIFY(makeToken("MOV001.wav", 20));
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
-    QVERIFY(enter("waiting"));
-    QVERIFY(enter("delay"));
+    QVERIFY(enter(State::Waiting));
+    QVERIFY(enter(State::Delay));
     QVERIFY(awaitAnswering());
     ModalAnswer answers;
     answers.press(QMessageBox::Ok);
@@ -645,7 +667,7 @@ void TestSession::nextAtTheEnd()
     m_window->checkBoxAutoPlay->setChecked(false);
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     const QSignalSpy done(m_window.get(), &MainWindow::doneDataCollection);
-    QVERIFY(advance({}, "answering"));
+    QVERIFY(advance(State::Prepared, State::Answering));
     ModalAnswer answers;
     answers.choose(path("results.txt"));
     emit m_window->subjectWindow->subjectResponded(NextResponse);
@@ -658,12 +680,13 @@ void TestSession::nextAtTheEnd()
 
 void TestSession::closing_data()
 {
-    QTest::addColumn<QString>("state");
+    QTest::addColumn<State>("state");
     QTest::addColumn<int>("button");
-    for (const QString &state : states) {
-        QTest::addRow("%s, Yes", qPrintable(state)) << state << int(QMessageBox::Yes);
-        QTest::addRow("%s, No", qPrintable(state)) << state << int(QMessageBox::No);
-        QTest::addRow("%s, Cancel", qPrintable(state)) << state << int(QMessageBox::Cancel);
+    for (const State state : statesBetween(State::Prepared, State::Finished)) {
+        const QByteArray name = nameOf(state);
+        QTest::addRow("%s, Yes", name.constData()) << state << int(QMessageBox::Yes);
+        QTest::addRow("%s, No", name.constData()) << state << int(QMessageBox::No);
+        QTest::addRow("%s, Cancel", name.constData()) << state << int(QMessageBox::Cancel);
     }
 }
 
@@ -671,20 +694,20 @@ void TestSession::closing_data()
 // and an operator's window that stays locked.
 void TestSession::closing()
 {
-    QFETCH(const QString, state);
+    QFETCH(const State, state);
     QFETCH(const int, button);
     QVERIFY(makeToken("MOV001.wav", 60));
     QVERIFY(makeToken("MOV002.wav", 60));
     m_window->checkBoxAutoPlay->setChecked(false);
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     const QSignalSpy done(m_window.get(), &MainWindow::doneDataCollection);
-    QVERIFY(advance({}, state));
+    QVERIFY(advance(State::Prepared, state));
 
     QVERIFY(closeSubjectWindow(QMessageBox::StandardButton(button)));
     if (button != QMessageBox::Yes) {
         QVERIFY(m_window->subjectWindow->isVisible());
         QVERIFY(!m_window->isEnabled());
-        QVERIFY(advance(state, "finished"));
+        QVERIFY(advance(state, State::Finished));
         QCOMPARE(done.size(), 1);
         return;
     }
@@ -694,25 +717,25 @@ void TestSession::closing()
     QVERIFY(m_window->pushButtonExperiment->isEnabled());
     QVERIFY(m_window->lineEditNTimes->isEnabled());
     QVERIFY(!m_window->pushButtonGo->isEnabled());
-    QCOMPARE(done.size(), state == "finished" ? 1 : 0);
+    QCOMPARE(done.size(), state == State::Finished ? 1 : 0);
     QCOMPARE(m_window->data.entries.size(), 2);
 
     QVERIFY(prepare(m_window->pushButtonExperiment, path("tokens")));
-    QVERIFY(advance({}, "finished"));
-    QCOMPARE(done.size(), state == "finished" ? 2 : 1);
+    QVERIFY(advance(State::Prepared, State::Finished));
+    QCOMPARE(done.size(), state == State::Finished ? 2 : 1);
 }
 
 void TestSession::closingAsATokenComes_data()
 {
-    QTest::addColumn<QString>("asked");
+    QTest::addColumn<State>("asked");
     QTest::addColumn<bool>("dies");
     QTest::addColumn<bool>("yes");
     for (const bool yes : {true, false}) {
         const char *answer = yes ? "Yes" : "escape";
-        QTest::addRow("asked before the token, %s", answer) << "delay" << false << yes;
+        QTest::addRow("asked before the token, %s", answer) << State::Delay << false << yes;
         QTest::addRow("asked before the token of a dead output, %s", answer)
-            << "delay" << true << yes;
-        QTest::addRow("asked while it sounds, %s", answer) << "playing" << false << yes;
+            << State::Delay << true << yes;
+        QTest::addRow("asked while it sounds, %s", answer) << State::Playing << false << yes;
     }
 }
 
@@ -720,18 +743,18 @@ void TestSession::closingAsATokenComes_data()
 // for good when its end does not come.
 void TestSession::closingAsATokenComes()
 {
-    QFETCH(const QString, asked);
+    QFETCH(const State, asked);
     QFETCH(const bool, dies);
     QFETCH(const bool, yes);
     QVERIFY(makeToken("MOV001.wav", 150));
     m_window->lineEditNTimes->setText("2");
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
-    QVERIFY(advance({}, "answering"));
+    QVERIFY(advance(State::Prepared, State::Answering));
     // The answer leaves the window unlocked until the next token starts.
     click(subject("pushButtonChoice2"));
     QVERIFY(m_window->subjectWindow->isEnabled());
-    if (asked == "playing")
-        QVERIFY(enter("playing"));
+    if (asked == State::Playing)
+        QVERIFY(enter(State::Playing));
 
     QElapsedTimer sinceDeath;
     ModalAnswer answers;
@@ -774,7 +797,7 @@ void TestSession::timerOfTheDelay()
     m_window->lineEditSi->setText(interval);
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     QVERIFY(!m_window->presentationTimer.isActive());
-    QVERIFY(advance({}, "delay"));
+    QVERIFY(advance(State::Prepared, State::Delay));
     QVERIFY(m_window->presentationTimer.isActive());
     QVERIFY(m_window->presentationTimer.isSingleShot());
     QTEST(m_window->presentationTimer.interval(), "delay");
@@ -787,7 +810,7 @@ void TestSession::staleTimerPlaysOn()
     QVERIFY(makeToken("MOV001.wav", 40));
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
-    QVERIFY(advance({}, "delay"));
+    QVERIFY(advance(State::Prepared, State::Delay));
     QVERIFY(closeSubjectWindow(QMessageBox::Yes));
     QVERIFY(QTest::qWaitFor([&] { return sound.size() == 2; }, longestWait));
     QCOMPARE(firstArguments(sound), QList<int>({1, -1}));
@@ -802,7 +825,7 @@ void TestSession::staleTimerAndNextSession()
     QVERIFY(makeToken("MOV001.wav", 20));
     m_window->lineEditSi->setText("900.000");
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
-    QVERIFY(advance({}, "delay"));
+    QVERIFY(advance(State::Prepared, State::Delay));
     QElapsedTimer sinceReady;
     sinceReady.start();
     QVERIFY(closeSubjectWindow(QMessageBox::Yes));
@@ -810,7 +833,7 @@ void TestSession::staleTimerAndNextSession()
     m_window->lineEditSi->setText("20.000");
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
-    QVERIFY(advance({}, "delay"));
+    QVERIFY(advance(State::Prepared, State::Delay));
     QVERIFY(awaitAnswering());
     QVERIFY2(sinceReady.elapsed() < 900, "too slow to tell");
     QTest::qWait(static_cast<int>(1300 - sinceReady.elapsed()));
@@ -830,7 +853,7 @@ void TestSession::soundingTokenAndNextSession()
                       WavBytes{.data = constantSound(longSound, 4096)}.bytes()));
     m_window->lineEditSi->setText("0.000");
     QVERIFY(prepare(m_window->pushButtonPractice, path("long")));
-    QVERIFY(advance({}, "playing"));
+    QVERIFY(advance(State::Prepared, State::Playing));
     QElapsedTimer sinceStart;
     sinceStart.start();
     QVERIFY(closeSubjectWindow(QMessageBox::Yes));
@@ -839,7 +862,7 @@ void TestSession::soundingTokenAndNextSession()
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     QVERIFY(!m_window->audioSink && !m_window->audioBuffer && !m_window->audioData);
     const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
-    QVERIFY(advance({}, "delay"));
+    QVERIFY(advance(State::Prepared, State::Delay));
     QVERIFY(awaitAnswering());
     QVERIFY2(sinceStart.elapsed() < longSound, "too slow to tell");
     QTest::qWait(static_cast<int>(longSound + 400 - sinceStart.elapsed()));
@@ -855,7 +878,7 @@ void TestSession::countTypedDuringPreparation()
     QVERIFY(makeToken("MOV001.wav", 400));
     m_window->lineEditSi->setText("0.000");
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
-    QVERIFY(advance({}, "playing"));
+    QVERIFY(advance(State::Prepared, State::Playing));
     QVERIFY(closeSubjectWindow(QMessageBox::Yes));
     QVERIFY(m_window->audioSink);
 
@@ -874,24 +897,23 @@ void TestSession::countTypedDuringPreparation()
 
 void TestSession::quit_data()
 {
-    QTest::addColumn<QString>("state");
-    QTest::newRow("prepared") << "";
-    for (const QString &state : states)
-        QTest::newRow(qPrintable(state)) << state;
+    QTest::addColumn<State>("state");
+    QTest::newRow("prepared") << State::Prepared;
+    for (const State state : statesBetween(State::Prepared, State::Finished))
+        QTest::newRow(nameOf(state).constData()) << state;
 }
 
 // Catches a program that does not end with its main window, asks or saves on the way, or fails
 // while it is taken down.
 void TestSession::quit()
 {
-    QFETCH(const QString, state);
+    QFETCH(const State, state);
     QVERIFY(makeToken("MOV001.wav", 200));
     QVERIFY(makeToken("MOV002.wav", 200));
-    m_window->checkBoxSaveData->setChecked(state != "finished");
+    m_window->checkBoxSaveData->setChecked(state != State::Finished);
     m_window->checkBoxAutoPlay->setChecked(false);
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
-    if (!state.isEmpty())
-        QVERIFY(advance({}, state));
+    QVERIFY(advance(State::Prepared, state));
 
     const ModalAnswer nothing;
     QApplication::setQuitOnLastWindowClosed(true);
@@ -959,8 +981,8 @@ void TestSession::badToken()
     m_window->genWav();
     QCOMPARE(m_window->soundWave, QList<double>(20 * rate / 1000, 0.25));
 
-    QVERIFY(enter("waiting"));
-    QVERIFY(enter("delay"));
+    QVERIFY(enter(State::Waiting));
+    QVERIFY(enter(State::Delay));
     QVERIFY(awaitAnswering());
     click(subject("pushButtonChoice2"));
     QCOMPARE(m_window->soundWave, expected);
@@ -978,8 +1000,8 @@ void TestSession::onlyABadToken()
     QVERIFY(writeFile(path("tokens/b.wav"), "no sound at all"));
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     QVERIFY(m_window->soundWave.isEmpty());
-    QVERIFY(enter("waiting"));
-    QVERIFY(enter("delay"));
+    QVERIFY(enter(State::Waiting));
+    QVERIFY(enter(State::Delay));
     QVERIFY(awaitAnswering());
     click(subject("pushButtonChoice4"));
     QVERIFY(subject("pushButtonDone")->isVisible());
@@ -994,8 +1016,8 @@ void TestSession::removedToken()
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     const QList<double> first = m_window->soundWave;
     QVERIFY(QDir(path("tokens")).removeRecursively());
-    QVERIFY(enter("waiting"));
-    QVERIFY(enter("delay"));
+    QVERIFY(enter(State::Waiting));
+    QVERIFY(enter(State::Delay));
     QVERIFY(awaitAnswering());
     click(subject("pushButtonChoice2"));
     QCOMPARE(m_window->soundWave, first);
