@@ -285,6 +285,7 @@ void TestCharts::setUp_data()
                            << "%.0f" << 400.0 << QRect(0, 2, 2, 1);
 }
 
+// Catches a chart with another title, axis title, number format or place in the window.
 void TestCharts::setUp()
 {
     QFETCH(const ChartMember, chart);
@@ -304,6 +305,8 @@ void TestCharts::commonToAll_data()
     setUp_data();
 }
 
+// Catches a chart whose line is attached to no axis, one with a legend, margins or other fonts, and
+// one that starts with points or is drawn without antialiasing.
 void TestCharts::commonToAll()
 {
     QFETCH(const ChartMember, chart);
@@ -333,6 +336,7 @@ void TestCharts::commonToAll()
     QVERIFY(shown.view->renderHints().testFlag(QPainter::Antialiasing));
 }
 
+// Catches axes that start with another range, and a range set where a new axis keeps Qt's own.
 void TestCharts::ranges()
 {
     QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Range(0, 2000));
@@ -351,6 +355,8 @@ void TestCharts::ranges()
     QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), rangeOf(axis));
 }
 
+// Catches a trend whose points are not marked, and markers that cover the lines of the other
+// charts.
 void TestCharts::markers()
 {
     QVERIFY(m_window->trendChart.series->pointsVisible());
@@ -358,6 +364,7 @@ void TestCharts::markers()
     QVERIFY(!m_window->spectrumChart.series->pointsVisible());
 }
 
+// Catches a chart that is made or emptied again when it is there already.
 void TestCharts::secondCallChangesNothing()
 {
     QVERIFY(showToken(12000, ramp));
@@ -379,6 +386,8 @@ void TestCharts::secondCallChangesNothing()
     QCOMPARE(m_window->gridLayoutPlots->count(), 3);
 }
 
+// Catches lists of another size than the default duration needs, and counts before there is a
+// session.
 void TestCharts::atStartUp()
 {
     QCOMPARE(m_window->timeAxis.size(), 12000);
@@ -395,6 +404,8 @@ void TestCharts::atStartUp()
     QVERIFY(m_window->trendPoints.isEmpty());
 }
 
+// Catches points in other units than milliseconds and hertz, a spectrum of another size or plotted
+// further than to its upper frequency, and axes that do not follow the token.
 void TestCharts::defaultToken()
 {
     QVERIFY(showToken(12000, ramp));
@@ -435,6 +446,8 @@ void TestCharts::span_data()
     QTest::newRow("a minute") << 60 * rate << 1 << 60 * rate << 60.0;
 }
 
+// Catches a token that is cut although all of it is to be plotted or is not cut although it should
+// be, and a vertical range that covers only the part plotted.
 void TestCharts::span()
 {
     QFETCH(const int, nSamples);
@@ -452,6 +465,7 @@ void TestCharts::span()
     QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Range(0.25, 0.5));
 }
 
+// Catches a read beyond the last bin when more is to be plotted than there is.
 void TestCharts::highUpperFrequency()
 {
     m_window->data.upperFrequencyToPlot = 30000;
@@ -499,7 +513,7 @@ void TestCharts::shortTokens()
     QVERIFY(!m_window->grab().isNull());
 }
 
-// The axis starts at the smallest amplitude, not at 0.
+// Catches an axis that starts at 0 and not at the smallest amplitude.
 void TestCharts::verticalRangeOfTheSpectrum()
 {
     // An impulse has the same amplitude in all bins but the first.
@@ -508,6 +522,7 @@ void TestCharts::verticalRangeOfTheSpectrum()
     QCOMPARE(m_window->spectrumRange, (QList<double>{0.25, std::sqrt(0.5) / 2}));
 }
 
+// Catches a peak of another height or at another frequency than the sine has.
 void TestCharts::sineInTheSpectrum()
 {
     constexpr double amplitude = 16384;
@@ -521,6 +536,7 @@ void TestCharts::sineInTheSpectrum()
     QVERIFY(std::abs(m_window->spectrumChart.verticalAxis->max() - peak.y()) < 1e-12);
 }
 
+// Catches a window that is not applied, is drawn in the waveform, or is taken for another.
 void TestCharts::windowing()
 {
     m_window->fftWindowType = 1;
@@ -535,7 +551,7 @@ void TestCharts::windowing()
     QCOMPARE(m_window->amplitudes, QList<double>(4, 0.0));
 }
 
-// A token without samples leaves nothing to draw, and the session can still be broken off.
+// Catches a token without samples that is drawn as something or cannot be drawn.
 void TestCharts::noToken()
 {
     QVERIFY(showToken(0, silence));
@@ -544,6 +560,7 @@ void TestCharts::noToken()
     QVERIFY(!m_window->grab().isNull());
 }
 
+// Catches points and ranges that a longer token leaves behind.
 void TestCharts::nextTokenReplacesTheFirst()
 {
     QVERIFY(showToken(12000, ramp));
@@ -553,7 +570,7 @@ void TestCharts::nextTokenReplacesTheFirst()
     QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Range(0.25, 0.25));
 }
 
-// All axes use the session's sampling rate, not the file's.
+// Catches an axis that uses the file's sampling rate in place of the session's.
 void TestCharts::otherSamplingRate()
 {
     QVERIFY(writeFile(m_folder->filePath("MOV001.wav"),
@@ -738,6 +755,8 @@ void TestCharts::trendBeforeTheFirstAnswer_data()
     QTest::newRow("a thousand tokens") << 1000 << 1000;
 }
 
+// Catches a trend without its tokens, with those of another count or with counts before there are
+// answers, and ticks between them.
 void TestCharts::trendBeforeTheFirstAnswer()
 {
     QFETCH(const int, nTokens);
@@ -768,6 +787,8 @@ void TestCharts::motherAnswers_data()
     QTest::newRow("7") << 7 << 7.0;
 }
 
+// Catches an answer that is not counted at once, and an axis that does not grow with the counts or
+// shrinks below four.
 void TestCharts::motherAnswers()
 {
     QFETCH(const int, nAnswers);
@@ -783,6 +804,7 @@ void TestCharts::motherAnswers()
     QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 2);
 }
 
+// Catches an answer "stranger" that is counted, and one "mother" that is counted for another token.
 void TestCharts::strangerAnswers()
 {
     m_window->lineEditNTimes->setText("2");
@@ -797,6 +819,7 @@ void TestCharts::strangerAnswers()
     QCOMPARE(m_window->trendRange, (QList<double>{0, 1}));
 }
 
+// Catches a trend that is emptied, or laid out anew, when there is no token.
 void TestCharts::trendStaysWithoutTokens()
 {
     m_window->updateTrend();
@@ -880,8 +903,8 @@ void TestCharts::oneTokenAfterTen()
     QCOMPARE(paintedCharts(), unanswered);
 }
 
-// What the operator sees with the example tokens. Each picture shows something: where the line of
-// the chart would be there is not one colour alone. With OSTRINE_PICTURES they are kept there.
+// Catches a chart that shows nothing of the example tokens: where its line would be there must be
+// more than one colour. With OSTRINE_PICTURES the pictures are kept there.
 void TestCharts::pictures()
 {
     m_window->lineEditNTimes->setText("2");

@@ -33,6 +33,7 @@ void TestPlotPoints::points_data()
     QTest::newRow("no y") << x << QList<double>{} << qsizetype{3} << QList<QPointF>{};
 }
 
+// Catches a read beyond the shorter list, a point too many or too few, and exchanged coordinates.
 void TestPlotPoints::points()
 {
     QFETCH(const QList<double>, x);
@@ -53,6 +54,8 @@ void TestPlotPoints::range_data()
     QTest::newRow("all above zero") << QList<double>{0.5, 0.25} << QList<double>{0.25, 0.5};
 }
 
+// Catches a range that always takes in 0, an extreme that is missed at an end, and a read from an
+// empty list.
 void TestPlotPoints::range()
 {
     QFETCH(const QList<double>, values);

@@ -60,6 +60,8 @@ void TestSpectrum::window_data()
     QTest::newRow("negative") << -1 << QList<double>{0, 0, 0, 0, 0};
 }
 
+// Catches weights of another kind of window, and a kind that does not exist taken for one that
+// does.
 void TestSpectrum::window()
 {
     QFETCH(const int, type);
@@ -83,6 +85,7 @@ void TestSpectrum::windowShorterThanTheList()
         QVERIFY2(near(weighted[i], weights[i]), QByteArray::number(i));
 }
 
+// Catches a division by a length of 0 and a list that grows.
 void TestSpectrum::windowOfNothing()
 {
     QList<double> samples;
@@ -104,6 +107,7 @@ void TestSpectrum::sizes_data()
     QTest::newRow("default") << qint64{16384} << qsizetype{8192};
 }
 
+// Catches lists that do not have one value for each bin below half the rate.
 void TestSpectrum::sizes()
 {
     QFETCH(const qint64, nFFT);
@@ -115,6 +119,7 @@ void TestSpectrum::sizes()
     QCOMPARE(spectrum.phases.size(), nBins);
 }
 
+// Catches a bin that is counted from 1, or another distance between two.
 void TestSpectrum::frequencies()
 {
     const Spectrum spectrum = amplitudeSpectrum(QList<double>(8, 0.0), 8, 8, 48000.0 / 8);
@@ -134,7 +139,8 @@ void TestSpectrum::sineOnABin_data()
     }
 }
 
-// The amplitude of a sine that fills the token is shown as it is.
+// Catches an amplitude or a phase of another scale, and a sine that leaks into other bins: one that
+// fills the token is shown as it is.
 void TestSpectrum::sineOnABin()
 {
     QFETCH(const qsizetype, n);
@@ -147,6 +153,7 @@ void TestSpectrum::sineOnABin()
     QVERIFY(near(spectrum.phases[bin], -pi / 2, 1e-9));
 }
 
+// Catches a phase of the other sign, in another unit or counted from the sine.
 void TestSpectrum::phaseOfACosine()
 {
     for (const double phase : {0.0, 0.5, -0.5, 3.0, -3.0}) {
@@ -169,6 +176,7 @@ void TestSpectrum::firstBinTakesTheNyquistTerm_data()
     QTest::newRow("two samples") << QList<double>{3, 1} << std::sqrt(20.0) << std::atan2(-2, 4);
 }
 
+// Catches a first bin that leaves out what stands at half the rate, or shows it elsewhere.
 void TestSpectrum::firstBinTakesTheNyquistTerm()
 {
     QFETCH(const QList<double>, samples);
@@ -191,6 +199,8 @@ void TestSpectrum::scale_data()
     QTest::newRow("12000, not the transform's length") << 12000 << 6000.0;
 }
 
+// Catches amplitudes divided by half the transform's length in place of half the token's, or by a
+// half that is not rounded down.
 void TestSpectrum::scale()
 {
     QFETCH(const int, nSamples);
@@ -199,6 +209,7 @@ void TestSpectrum::scale()
     QVERIFY(near(spectrum.amplitudes[1], 1 / divisor));
 }
 
+// Catches a token shorter than the transform that is repeated or read beyond its end.
 void TestSpectrum::zeroPadding()
 {
     // The transform of three ones at a quarter of the rate: 1 - i - 1.
@@ -207,6 +218,7 @@ void TestSpectrum::zeroPadding()
     QVERIFY(near(spectrum.phases[1], -pi / 2));
 }
 
+// Catches samples behind the transform's length that count.
 void TestSpectrum::longerThanTheTransform()
 {
     const Spectrum cut = amplitudeSpectrum({1, 2, 3, 4, 50, 60}, 4, 4, 1);

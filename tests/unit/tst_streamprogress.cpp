@@ -115,7 +115,8 @@ void TestStreamProgress::leadingSilence_data()
     QTest::newRow("nothing") << qint64{0} << qint64{0};
 }
 
-// Before a server has been seen it is taken for the ordinary one.
+// Catches a token that does not end with a block: before a server has been seen it is taken for the
+// ordinary one.
 void TestStreamProgress::leadingSilence()
 {
     QFETCH(const qint64, nSamples);
@@ -148,6 +149,8 @@ void TestStreamProgress::period_data()
         << qint64{2048} << qint64{11264} << qint64{1024};
 }
 
+// Catches an end told too early or too late by a server with other blocks, whose period is not the
+// block.
 void TestStreamProgress::period()
 {
     QFETCH(const qint64, block);
@@ -169,7 +172,8 @@ void TestStreamProgress::learntBlock_data()
     QTest::newRow("2048") << qint64{2048} << qint64{288};
 }
 
-// The next token ends with a block of the server that took the last.
+// Catches blocks that are not learnt: the next token ends with a block of the server that took the
+// last.
 void TestStreamProgress::learntBlock()
 {
     QFETCH(const qint64, block);
@@ -227,6 +231,7 @@ void TestStreamProgress::emptyToken()
     QVERIFY(looks.at(1024).value_or(1) <= 0);
 }
 
+// Catches a token that never ends because the server took all of it between two looks.
 void TestStreamProgress::endBeforeTheFirstLook()
 {
     Looks looks;

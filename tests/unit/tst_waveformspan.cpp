@@ -54,8 +54,8 @@ void TestWaveformSpan::span()
     QTEST(result.duration, "expectedDuration");
 }
 
-// The rule runs again before each drawing, on its own result: catches a span that keeps shrinking
-// because samples / fs x fs falls just below a whole number.
+// Catches a span that keeps shrinking because samples / fs x fs falls just below a whole number:
+// the rule runs again before each drawing, on its own result.
 void TestWaveformSpan::secondCallChangesNothing()
 {
     for (const double fs : {8000.0, 22050.0, 44100.0, 48000.0}) {
