@@ -39,8 +39,7 @@ bool answersMother(int trial)
 
 QList<QByteArray> lines(const QString &path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>();
+    return contents(path).split('\n');
 }
 
 } // namespace

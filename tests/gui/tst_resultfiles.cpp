@@ -24,12 +24,6 @@ const QByteArray entriesTable = "filename\tstim\tresp\tcorrectness\trt\n"
                                 "MOV002.wav\tstranger\tstranger\t1\t500\n"
                                 "MOV001.wav\tmother\tmother\t1\t1234.57";
 
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : "cannot be read: " + path.toUtf8();
-}
-
 } // namespace
 
 class TestResultFiles : public QObject

@@ -35,12 +35,6 @@ QByteArray constantSound(int milliseconds, int level)
     return data;
 }
 
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : "cannot be read: " + path.toUtf8();
-}
-
 QList<int> firstArguments(const QSignalSpy &spy)
 {
     QList<int> values;

@@ -75,12 +75,6 @@ double sampleOf(std::uint32_t code, int bits)
     return negative ? value - 2 : value;
 }
 
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-}
-
 } // namespace
 
 class TestCWav : public QObject
