@@ -25,10 +25,10 @@ void takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave)
         soundWave[i] = wav.samples[i * wav.numChannels];
 }
 
-QByteArray playbackBytes(qsizetype before, const QList<double> &soundWave, qsizetype behind)
+QByteArray playbackBytes(qsizetype before, std::span<const double> soundWave, qsizetype behind)
 {
-    QList<float> samples(before + soundWave.size() + behind, 0.0F);
-    std::transform(soundWave.cbegin(), soundWave.cend(), samples.begin() + before,
+    QList<float> samples(before + std::ssize(soundWave) + behind, 0.0F);
+    std::transform(soundWave.begin(), soundWave.end(), samples.begin() + before,
                    [](double sample) { return static_cast<float>(sample); });
     return {reinterpret_cast<const char *>(samples.constData()),
             samples.size() * qsizetype{sizeof(float)}};

@@ -4,6 +4,7 @@
 #include <QList>
 
 #include <optional>
+#include <span>
 
 class CWav;
 
@@ -24,4 +25,4 @@ void takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave)
 
 /// @p soundWave as 32-bit floats in native byte order, unscaled and unclipped, with @p before zeros
 /// before it and @p behind zeros behind it.
-QByteArray playbackBytes(qsizetype before, const QList<double> &soundWave, qsizetype behind);
+QByteArray playbackBytes(qsizetype before, std::span<const double> soundWave, qsizetype behind);

@@ -27,24 +27,24 @@ QValueAxis *createAxis(const QString &title, const ChartFonts &fonts)
 constexpr auto singleValueFormat = "%.6g"_L1;
 
 /// Whether Qt takes the ends of @p range for equal and does not lay out an axis between them.
-bool isSingleValue(AxisRange range)
+bool isSingleValue(Range range)
 {
     return qFuzzyCompare(range.min, range.max);
 }
 
-AxisRange rangeOf(const QValueAxis *axis)
+Range rangeOf(const QValueAxis *axis)
 {
     return {axis->min(), axis->max()};
 }
 
-void setRange(QValueAxis *axis, AxisRange range)
+void setRange(QValueAxis *axis, Range range)
 {
     axis->setRange(range.min, range.max);
 }
 
 /// Lays @p axis out for @p range, or for one around its value when the ends are equal, with that
 /// value in the middle and at the only tick.
-void layOutAxis(QValueAxis *axis, AxisRange range)
+void layOutAxis(QValueAxis *axis, Range range)
 {
     // Ticks at a fixed distance could be millions in a range that they are not meant for.
     axis->setTickType(QValueAxis::TicksFixed);
@@ -66,7 +66,7 @@ void layOutAxis(QValueAxis *axis, AxisRange range)
 
 /// Lays the axes out for these ranges. The layout is finished here: one that waited for the event
 /// loop would find ends that are equal by then and leave no room for their label.
-void layOutAxes(const LineChart &chart, AxisRange horizontal, AxisRange vertical)
+void layOutAxes(const LineChart &chart, Range horizontal, Range vertical)
 {
     layOutAxis(chart.horizontalAxis, horizontal);
     layOutAxis(chart.verticalAxis, vertical);
@@ -75,7 +75,7 @@ void layOutAxes(const LineChart &chart, AxisRange horizontal, AxisRange vertical
 
 /// Sets the ends that layOutAxes does not, those of a single value. Qt leaves the layout of an axis
 /// as it is then, and that of the line when the ends do not even differ by rounding.
-void setSingleValues(const LineChart &chart, AxisRange horizontal, AxisRange vertical)
+void setSingleValues(const LineChart &chart, Range horizontal, Range vertical)
 {
     if (isSingleValue(horizontal))
         setRange(chart.horizontalAxis, {horizontal.min, horizontal.min});
@@ -87,8 +87,8 @@ void setSingleValues(const LineChart &chart, AxisRange horizontal, AxisRange ver
 void followSize(const LineChart &chart)
 {
     QObject::connect(chart.chart, &QChart::geometryChanged, chart.chart, [chart] {
-        const AxisRange horizontal = rangeOf(chart.horizontalAxis);
-        const AxisRange vertical = rangeOf(chart.verticalAxis);
+        const Range horizontal = rangeOf(chart.horizontalAxis);
+        const Range vertical = rangeOf(chart.verticalAxis);
         if (isSingleValue(horizontal) || isSingleValue(vertical)) {
             layOutAxes(chart, horizontal, vertical);
             setSingleValues(chart, horizontal, vertical);
@@ -125,8 +125,8 @@ LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int 
     return created;
 }
 
-void showLine(const LineChart &chart, const QList<QPointF> &points, AxisRange horizontal,
-              AxisRange vertical)
+void showLine(const LineChart &chart, const QList<QPointF> &points, Range horizontal,
+              Range vertical)
 {
     // A chart lays its line out anew at every change of a range: without points that takes no time.
     chart.series->clear();

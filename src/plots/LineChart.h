@@ -1,5 +1,7 @@
 #pragma once
 
+#include "plots/Range.h"
+
 #include <QFont>
 #include <QList>
 #include <QPointF>
@@ -26,13 +28,6 @@ struct ChartTexts
     QString verticalAxis;
 };
 
-/// What an axis goes from and to.
-struct AxisRange
-{
-    double min;
-    double max;
-};
-
 /// A chart of one line over two value axes. All pointers are null until it is created; from then on
 /// the view owns everything and is owned by whoever places it.
 struct LineChart
@@ -50,5 +45,5 @@ LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int 
 
 /// Shows the line through @p points over these ranges, in place of the line and the ranges before.
 /// An axis whose ends are equal is drawn with their value in its middle, as its only label.
-void showLine(const LineChart &chart, const QList<QPointF> &points, AxisRange horizontal,
-              AxisRange vertical);
+void showLine(const LineChart &chart, const QList<QPointF> &points, Range horizontal,
+              Range vertical);

@@ -39,7 +39,7 @@ void MainWindow::displayEmptyTrend()
 
 void MainWindow::updateTrend()
 {
-    AxisRange tokens = {trendChart.horizontalAxis->min(), trendChart.horizontalAxis->max()};
+    Range tokens = {trendChart.horizontalAxis->min(), trendChart.horizontalAxis->max()};
     if (trialIndex == 0 && nTokens > 0) {
         trendX.resize(nTokens);
         trendY.resize(nTokens);
@@ -55,10 +55,11 @@ void MainWindow::updateTrend()
         // them is drawn (see showLine).
         trendChart.horizontalAxis->setTickCount(std::max(nTokens, 2));
     }
-    AxisRange counts = {0, leastCountsShown};
+    Range counts = {0, leastCountsShown};
     if (!trendY.isEmpty()) {
-        trendRange = valueRange(trendY);
-        counts.max = std::max(trendRange.at(1), leastCountsShown);
+        const Range values = valueRange(trendY);
+        trendRange = {values.min, values.max};
+        counts.max = std::max(values.max, leastCountsShown);
     }
     showLine(trendChart, trendPoints, tokens, counts);
 }

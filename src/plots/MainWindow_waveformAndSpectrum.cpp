@@ -42,9 +42,9 @@ void MainWindow::displayWav()
 {
     updateNPointsToPlot();
     wavePoints = plotPoints(timeAxis, soundWave, data.nPointsToPlot);
-    waveRange = valueRange(soundWave);
-    showLine(waveformChart, wavePoints, {0, data.nPointsToPlot / data.fs * 1000},
-             {waveRange.at(0), waveRange.at(1)});
+    const Range values = valueRange(soundWave);
+    waveRange = {values.min, values.max};
+    showLine(waveformChart, wavePoints, {0, data.nPointsToPlot / data.fs * 1000}, values);
 }
 
 void MainWindow::genFFT()
@@ -61,8 +61,8 @@ void MainWindow::genFFT()
 void MainWindow::displayFFT()
 {
     spectrumPoints = plotPoints(frequencies, amplitudes, data.nFreqPointsToPlot);
-    spectrumRange = valueRange(amplitudes);
+    const Range values = valueRange(amplitudes);
+    spectrumRange = {values.min, values.max};
     const QValueAxis *frequencyAxis = spectrumChart.horizontalAxis;
-    showLine(spectrumChart, spectrumPoints, {frequencyAxis->min(), frequencyAxis->max()},
-             {spectrumRange.at(0), spectrumRange.at(1)});
+    showLine(spectrumChart, spectrumPoints, {frequencyAxis->min(), frequencyAxis->max()}, values);
 }

@@ -2,18 +2,18 @@
 
 #include <algorithm>
 
-QList<QPointF> plotPoints(const QList<double> &x, const QList<double> &y, qsizetype n)
+QList<QPointF> plotPoints(std::span<const double> x, std::span<const double> y, qsizetype n)
 {
-    QList<QPointF> points(std::min({n, x.size(), y.size()}));
-    std::transform(x.cbegin(), x.cbegin() + points.size(), y.cbegin(), points.begin(),
+    QList<QPointF> points(std::min<qsizetype>({n, std::ssize(x), std::ssize(y)}));
+    std::transform(x.begin(), x.begin() + points.size(), y.begin(), points.begin(),
                    [](double px, double py) { return QPointF(px, py); });
     return points;
 }
 
-QList<double> valueRange(const QList<double> &values)
+Range valueRange(std::span<const double> values)
 {
-    if (values.isEmpty())
-        return {0.0, 0.0};
-    const auto [smallest, largest] = std::minmax_element(values.cbegin(), values.cend());
+    if (values.empty())
+        return {};
+    const auto [smallest, largest] = std::minmax_element(values.begin(), values.end());
     return {*smallest, *largest};
 }

@@ -1,11 +1,15 @@
 #pragma once
 
+#include "plots/Range.h"
+
 #include <QList>
 #include <QPointF>
 
-/// The first @p n pairs of @p x and @p y as points; as many as there are when one of the lists is
-/// shorter.
-QList<QPointF> plotPoints(const QList<double> &x, const QList<double> &y, qsizetype n);
+#include <span>
 
-/// The smallest and the largest of @p values, in this order; 0 and 0 when there are none.
-QList<double> valueRange(const QList<double> &values);
+/// The first @p n pairs of @p x and @p y as points; as many as there are when one of them is
+/// shorter.
+QList<QPointF> plotPoints(std::span<const double> x, std::span<const double> y, qsizetype n);
+
+/// From the smallest to the largest of @p values; 0 and 0 when there are none.
+Range valueRange(std::span<const double> values);

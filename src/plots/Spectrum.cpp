@@ -15,27 +15,27 @@ SpectrumSize spectrumSize(qint32 nSamples, double fs, double upperFrequency)
     return {nFFT, duration, static_cast<qint32>(bins)};
 }
 
-void applyWindow(QList<double> &samples, qint32 nSamples, qint32 windowType)
+void applyWindow(std::span<double> samples, qint32 nSamples, qint32 windowType)
 {
     if (windowType == 0)
         return;
     if (windowType != 1) {
-        samples.fill(0.0);
+        std::fill(samples.begin(), samples.end(), 0.0);
         return;
     }
     constexpr double twoPi = 6.283185307179586;
-    for (qsizetype i = 0; i < samples.size(); ++i)
+    for (std::size_t i = 0; i < samples.size(); ++i)
         samples[i] *= 0.5 * (1 - std::cos(twoPi * static_cast<double>(i) / (nSamples - 1)));
 }
 
-Spectrum amplitudeSpectrum(const QList<double> &samples, qint32 nSamples, qint64 nFFT,
+Spectrum amplitudeSpectrum(std::span<const double> samples, qint32 nSamples, qint64 nFFT,
                            double freqResolution)
 {
     if (nFFT < 2)
         return {};
 
     QList<double> input(nFFT, 0.0);
-    std::copy_n(samples.cbegin(), std::min<qint64>(samples.size(), nFFT), input.begin());
+    std::copy_n(samples.begin(), std::min<qint64>(std::ssize(samples), nFFT), input.begin());
     QList<double> output(nFFT);
     FFTReal<double>(nFFT).do_fft(output.data(), input.constData());
 

@@ -2,6 +2,8 @@
 
 #include <QList>
 
+#include <span>
+
 /// The sizes of a token's spectrum.
 struct SpectrumSize
 {
@@ -17,7 +19,7 @@ SpectrumSize spectrumSize(qint32 nSamples, double fs, double upperFrequency);
 
 /// Weights @p samples in place by the window @p windowType: 0 leaves them alone, 1 is the Hann
 /// window 0.5 (1 - cos(2 pi i / (nSamples - 1))), and any other value silences them.
-void applyWindow(QList<double> &samples, qint32 nSamples, qint32 windowType);
+void applyWindow(std::span<double> samples, qint32 nSamples, qint32 windowType);
 
 /// One entry per bin from 0 to below the Nyquist frequency.
 struct Spectrum
@@ -32,5 +34,5 @@ struct Spectrum
 /// length. In bin 0 the Nyquist term stands in the place of the imaginary part, so its amplitude
 /// combines the sum of the samples with that term. Empty when nFFT is below 2; otherwise nSamples
 /// must be 2 or more. @p freqResolution is the distance of the bins in Hz.
-Spectrum amplitudeSpectrum(const QList<double> &samples, qint32 nSamples, qint64 nFFT,
+Spectrum amplitudeSpectrum(std::span<const double> samples, qint32 nSamples, qint64 nFFT,
                            double freqResolution);

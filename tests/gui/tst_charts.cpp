@@ -24,7 +24,7 @@
 namespace {
 
 using ChartMember = LineChart OperatorWindow::*;
-using Range = QPair<double, double>;
+using Ends = QPair<double, double>;           ///< of an axis
 using Token = std::function<int(int sample)>; ///< value of a sample from -32768 to 32767
 
 constexpr int rate = 48000;
@@ -48,7 +48,7 @@ int silence(int)
     return 0;
 }
 
-Range rangeOf(const QValueAxis *axis)
+Ends rangeOf(const QValueAxis *axis)
 {
     return {axis->min(), axis->max()};
 }
@@ -339,9 +339,9 @@ void TestCharts::commonToAll()
 // Catches axes that start with another range, and a range set where a new axis keeps Qt's own.
 void TestCharts::ranges()
 {
-    QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Range(0, 2000));
-    QCOMPARE(rangeOf(m_window->spectrumChart.verticalAxis), Range(0, 1));
-    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Range(0, 4));
+    QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Ends(0, 2000));
+    QCOMPARE(rangeOf(m_window->spectrumChart.verticalAxis), Ends(0, 1));
+    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Ends(0, 4));
     QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 2);
     // No range has been set for these: they show what a new axis in a chart does.
     QChart bare;
@@ -415,8 +415,8 @@ void TestCharts::defaultToken()
     QCOMPARE(wave.first(), QPointF(0, 0));
     QCOMPARE(wave.at(48), QPointF(1, 48 / 32768.0));
     QCOMPARE(wave.last(), QPointF(11999 / 48.0, 11999 / 32768.0));
-    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Range(0, 250));
-    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Range(0, 11999 / 32768.0));
+    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Ends(0, 250));
+    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Ends(0, 11999 / 32768.0));
 
     QCOMPARE(m_window->nFFT, 16384);
     QCOMPARE(m_window->fftDuration, 16384 / 48000.0);
@@ -429,7 +429,7 @@ void TestCharts::defaultToken()
     QCOMPARE(spectrum, m_window->spectrumPoints);
     QCOMPARE(spectrum.at(100),
              QPointF(m_window->frequencies.at(100), m_window->amplitudes.at(100)));
-    QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Range(0, 2000));
+    QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Ends(0, 2000));
 }
 
 void TestCharts::span_data()
@@ -460,9 +460,9 @@ void TestCharts::span()
     QCOMPARE(points(&OperatorWindow::waveformChart).size(), nPoints);
     QCOMPARE(m_window->data.nPointsToPlot, nPoints);
     QCOMPARE(m_window->data.durationToPlot, duration);
-    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Range(0, duration * 1000));
+    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Ends(0, duration * 1000));
     QCOMPARE(m_window->waveRange, (QList<double>{0.25, 0.5}));
-    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Range(0.25, 0.5));
+    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Ends(0.25, 0.5));
 }
 
 // Catches a read beyond the last bin when more is to be plotted than there is.
@@ -473,7 +473,7 @@ void TestCharts::highUpperFrequency()
     QCOMPARE(m_window->data.nFreqPointsToPlot, 8192);
     QCOMPARE(points(&OperatorWindow::spectrumChart).size(), 8192);
     // The range of the horizontal axis is that of the window's creation.
-    QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Range(0, 2000));
+    QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Ends(0, 2000));
 }
 
 void TestCharts::shortTokens_data()
@@ -481,18 +481,18 @@ void TestCharts::shortTokens_data()
     QTest::addColumn<int>("nSamples");
     QTest::addColumn<Token>("value");
     QTest::addColumn<qint64>("nFFT");
-    QTest::addColumn<Range>("waveRange");
-    QTest::addColumn<Range>("spectrumRange");
+    QTest::addColumn<Ends>("waveRange");
+    QTest::addColumn<Ends>("spectrumRange");
 
     const Token half = [](int) { return 16384; };
-    QTest::newRow("one sample") << 1 << half << qint64{1} << Range(0.5, 0.5) << Range(0, 0);
-    QTest::newRow("two samples") << 2 << half << qint64{2} << Range(0.5, 0.5) << Range(1, 1);
+    QTest::newRow("one sample") << 1 << half << qint64{1} << Ends(0.5, 0.5) << Ends(0, 0);
+    QTest::newRow("two samples") << 2 << half << qint64{2} << Ends(0.5, 0.5) << Ends(1, 1);
     // Sum 1.5, alternating sum 0.5, at a quarter of the rate |0.5 - 0.5i - 0.5|, all over 3 / 2
     // = 1.
     QTest::newRow("three samples")
-        << 3 << half << qint64{4} << Range(0.5, 0.5) << Range(0.5, std::sqrt(2.5));
-    QTest::newRow("silence") << 12000 << Token(silence) << qint64{16384} << Range(0, 0)
-                             << Range(0, 0);
+        << 3 << half << qint64{4} << Ends(0.5, 0.5) << Ends(0.5, std::sqrt(2.5));
+    QTest::newRow("silence") << 12000 << Token(silence) << qint64{16384} << Ends(0, 0)
+                             << Ends(0, 0);
 }
 
 // Catches a transform, a list or a chart that cannot take them.
@@ -501,8 +501,8 @@ void TestCharts::shortTokens()
     QFETCH(const int, nSamples);
     QFETCH(const Token, value);
     QFETCH(const qint64, nFFT);
-    QFETCH(const Range, waveRange);
-    QFETCH(const Range, spectrumRange);
+    QFETCH(const Ends, waveRange);
+    QFETCH(const Ends, spectrumRange);
     QVERIFY(showToken(nSamples, value));
     QCOMPARE(points(&OperatorWindow::waveformChart).size(), nSamples);
     QCOMPARE(m_window->nFFT, nFFT);
@@ -518,7 +518,7 @@ void TestCharts::verticalRangeOfTheSpectrum()
 {
     // An impulse has the same amplitude in all bins but the first.
     QVERIFY(showToken(4, [](int i) { return i == 0 ? 16384 : 0; }));
-    QCOMPARE(rangeOf(m_window->spectrumChart.verticalAxis), Range(0.25, std::sqrt(0.5) / 2));
+    QCOMPARE(rangeOf(m_window->spectrumChart.verticalAxis), Ends(0.25, std::sqrt(0.5) / 2));
     QCOMPARE(m_window->spectrumRange, (QList<double>{0.25, std::sqrt(0.5) / 2}));
 }
 
@@ -567,7 +567,7 @@ void TestCharts::nextTokenReplacesTheFirst()
     QVERIFY(showToken(100, [](int) { return 8192; }));
     QCOMPARE(points(&OperatorWindow::waveformChart).size(), 100);
     QCOMPARE(points(&OperatorWindow::waveformChart).first(), QPointF(0, 0.25));
-    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Range(0.25, 0.25));
+    QCOMPARE(rangeOf(m_window->waveformChart.verticalAxis), Ends(0.25, 0.25));
 }
 
 // Catches an axis that uses the file's sampling rate in place of the session's.
@@ -577,7 +577,7 @@ void TestCharts::otherSamplingRate()
                       WavBytes{.sampleRate = 24000, .data = QByteArray(2400, '\0')}.bytes()));
     QVERIFY(prepare(m_folder->path()));
     QCOMPARE(points(&OperatorWindow::waveformChart).last().x(), 1199 / 48.0);
-    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Range(0, 25));
+    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Ends(0, 25));
     QCOMPARE(m_window->frequencies.at(1), 48000.0 / 2048);
 }
 
@@ -618,7 +618,7 @@ void TestCharts::equalEnds()
     const auto check = [&] {
         settle();
         const LineChart &shown = m_window.get()->*chart;
-        QCOMPARE(rangeOf(shown.verticalAxis), Range(end, end));
+        QCOMPARE(rangeOf(shown.verticalAxis), Ends(end, end));
         QCOMPARE(labels(shown, Qt::Vertical), QStringList(label));
         const QRect line = paintedLine(shown);
         const QRect plot = plotArea(shown);
@@ -672,7 +672,7 @@ void TestCharts::nearlyEqualEnds()
     const LineChart &chart = m_window->waveformChart;
     showLine(chart, {{0, min}, {1, max}}, {0, 1}, {min, max});
     settle();
-    QCOMPARE(rangeOf(chart.verticalAxis), Range(min, min));
+    QCOMPARE(rangeOf(chart.verticalAxis), Ends(min, min));
     QCOMPARE(labels(chart, Qt::Vertical), QStringList(label));
     const QRect line = paintedLine(chart);
     QVERIFY(line.width() > plotArea(chart).width() / 2);
@@ -688,7 +688,7 @@ void TestCharts::spanIsRenewedForTheChart()
     m_window->displayWav();
     QCOMPARE(m_window->data.nPointsToPlot, 6000);
     QCOMPARE(points(&OperatorWindow::waveformChart).size(), 6000);
-    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Range(0, 125));
+    QCOMPARE(rangeOf(m_window->waveformChart.horizontalAxis), Ends(0, 125));
 }
 
 // Catches a transform that takes the duration as it finds it.
@@ -712,7 +712,7 @@ void TestCharts::spectrumRangeCoversAllBins()
     QVERIFY(m_window->data.nFreqPointsToPlot < 3000);
     QVERIFY(std::abs(m_window->spectrumRange.at(1) - 0.5) < 1e-4);
     QCOMPARE(rangeOf(m_window->spectrumChart.verticalAxis),
-             Range(m_window->spectrumRange.at(0), m_window->spectrumRange.at(1)));
+             Ends(m_window->spectrumRange.at(0), m_window->spectrumRange.at(1)));
 }
 
 void TestCharts::threeChannels_data()
@@ -769,10 +769,10 @@ void TestCharts::trendBeforeTheFirstAnswer()
     QCOMPARE(m_window->trendX.size(), nTokens);
     QCOMPARE(m_window->trendX.last(), nTokens);
     QCOMPARE(m_window->trendY, QList<double>(nTokens, 0.0));
-    QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), Range(1, nTokens));
+    QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), Ends(1, nTokens));
     QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), tickCount);
     QCOMPARE(m_window->trendChart.horizontalAxis->labelFormat(), "%g");
-    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Range(0, 4));
+    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Ends(0, 4));
     QVERIFY(!m_window->grab().isNull());
 }
 
@@ -799,7 +799,7 @@ void TestCharts::motherAnswers()
         present(MotherResponse);
         QCOMPARE(points(&OperatorWindow::trendChart), QList<QPointF>{QPointF(1, n)});
     }
-    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Range(0, top));
+    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Ends(0, top));
     QCOMPARE(m_window->trendRange, QList<double>(2, nAnswers));
     QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 2);
 }
@@ -824,7 +824,7 @@ void TestCharts::trendStaysWithoutTokens()
 {
     m_window->updateTrend();
     QCOMPARE(points(&OperatorWindow::trendChart).size(), 0);
-    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Range(0, 4));
+    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Ends(0, 4));
 
     QVERIFY(prepareTokens(3));
     present(MotherResponse);
@@ -833,7 +833,7 @@ void TestCharts::trendStaysWithoutTokens()
     m_window->trialIndex = 0;
     m_window->updateTrend();
     QCOMPARE(points(&OperatorWindow::trendChart), before);
-    QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), Range(1, 3));
+    QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), Ends(1, 3));
     QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 3);
 }
 
@@ -845,7 +845,7 @@ void TestCharts::trendWithoutCountsIsRefilled()
     QVERIFY(m_window->trendY.isEmpty());
     m_window->updateTrend();
     QCOMPARE(points(&OperatorWindow::trendChart), held);
-    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Range(0, 4));
+    QCOMPARE(rangeOf(m_window->trendChart.verticalAxis), Ends(0, 4));
 }
 
 // Catches what a session leaves behind in the next, among it the ticks of ten tokens for one.
@@ -855,7 +855,7 @@ void TestCharts::trendIsResetByTheNextSession()
     present(MotherResponse);
     QVERIFY(prepareTokens(1));
     QCOMPARE(points(&OperatorWindow::trendChart), QList<QPointF>{QPointF(1, 0)});
-    QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), Range(1, 1));
+    QCOMPARE(rangeOf(m_window->trendChart.horizontalAxis), Ends(1, 1));
     QCOMPARE(m_window->trendChart.horizontalAxis->tickCount(), 2);
 }
 
@@ -869,7 +869,7 @@ void TestCharts::oneTokenAfterTen()
     const auto check = [this](int height) {
         settle();
         const LineChart &trend = m_window->trendChart;
-        QCOMPARE(rangeOf(trend.horizontalAxis), Range(1, 1));
+        QCOMPARE(rangeOf(trend.horizontalAxis), Ends(1, 1));
         QCOMPARE(labels(trend, Qt::Horizontal), QStringList("1"));
         QCOMPARE(labels(trend, Qt::Vertical).size(), 5);
         const QRect marker = paintedLine(trend);

@@ -45,13 +45,13 @@ void TestPlotPoints::points()
 void TestPlotPoints::range_data()
 {
     QTest::addColumn<QList<double>>("values");
-    QTest::addColumn<QList<double>>("range");
+    QTest::addColumn<Range>("range");
 
-    QTest::newRow("none") << QList<double>{} << QList<double>{0, 0};
-    QTest::newRow("one") << QList<double>{-2} << QList<double>{-2, -2};
-    QTest::newRow("extremes at the ends") << QList<double>{3, 1, -5} << QList<double>{-5, 3};
-    QTest::newRow("extremes inside") << QList<double>{0, -7, 9, 1} << QList<double>{-7, 9};
-    QTest::newRow("all above zero") << QList<double>{0.5, 0.25} << QList<double>{0.25, 0.5};
+    QTest::newRow("none") << QList<double>{} << Range{0, 0};
+    QTest::newRow("one") << QList<double>{-2} << Range{-2, -2};
+    QTest::newRow("extremes at the ends") << QList<double>{3, 1, -5} << Range{-5, 3};
+    QTest::newRow("extremes inside") << QList<double>{0, -7, 9, 1} << Range{-7, 9};
+    QTest::newRow("all above zero") << QList<double>{0.5, 0.25} << Range{0.25, 0.5};
 }
 
 // Catches a range that always takes in 0, an extreme that is missed at an end, and a read from an

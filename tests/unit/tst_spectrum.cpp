@@ -205,7 +205,7 @@ void TestSpectrum::scale()
 {
     QFETCH(const int, nSamples);
     QFETCH(const double, divisor);
-    const Spectrum spectrum = amplitudeSpectrum({1, 0, 0, 0}, nSamples, 4, 1);
+    const Spectrum spectrum = amplitudeSpectrum(QList<double>{1, 0, 0, 0}, nSamples, 4, 1);
     QVERIFY(near(spectrum.amplitudes[1], 1 / divisor));
 }
 
@@ -213,7 +213,7 @@ void TestSpectrum::scale()
 void TestSpectrum::zeroPadding()
 {
     // The transform of three ones at a quarter of the rate: 1 - i - 1.
-    const Spectrum spectrum = amplitudeSpectrum({1, 1, 1}, 3, 4, 1);
+    const Spectrum spectrum = amplitudeSpectrum(QList<double>{1, 1, 1}, 3, 4, 1);
     QVERIFY(near(spectrum.amplitudes[1], 1));
     QVERIFY(near(spectrum.phases[1], -pi / 2));
 }
@@ -221,8 +221,8 @@ void TestSpectrum::zeroPadding()
 // Catches samples behind the transform's length that count.
 void TestSpectrum::longerThanTheTransform()
 {
-    const Spectrum cut = amplitudeSpectrum({1, 2, 3, 4, 50, 60}, 4, 4, 1);
-    const Spectrum whole = amplitudeSpectrum({1, 2, 3, 4}, 4, 4, 1);
+    const Spectrum cut = amplitudeSpectrum(QList<double>{1, 2, 3, 4, 50, 60}, 4, 4, 1);
+    const Spectrum whole = amplitudeSpectrum(QList<double>{1, 2, 3, 4}, 4, 4, 1);
     QCOMPARE(cut.amplitudes, whole.amplitudes);
     QCOMPARE(cut.phases, whole.phases);
 }
