@@ -4,8 +4,8 @@
 #include "app/MainWindow.h"
 
 #include "app/FieldText.h"
-#include "app/WindowGeometry.h"
 #include "audio/SilentStream.h"
+#include "subject/WindowGeometry.h"
 
 #include <QChartView>
 #include <QCheckBox>
@@ -22,66 +22,64 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-template<typename Widget>
-Widget *named(const char *name, Widget *widget)
+/// Names @p control and keeps it until the window is destroyed.
+template<typename Control>
+Control *MainWindow::keep(const QString &name, Control *control)
 {
-    widget->setObjectName(name);
-    return widget;
+    control->setObjectName(name);
+    controls.append(control);
+    return control;
 }
-
-} // namespace
 
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent)
-    , labelSesType(named("labelSesType", new QLabel(u"Session type"_s)))
-    , labelSoundType(named("labelSoundType", new QLabel(u"Sound type"_s)))
-    , labelMainParameter(named("labelMainParameter", new QLabel(u"Main parameter"_s)))
+    , labelSesType(keep("labelSesType", new QLabel(u"Session type"_s)))
+    , labelSoundType(keep("labelSoundType", new QLabel(u"Sound type"_s)))
+    , labelMainParameter(keep("labelMainParameter", new QLabel(u"Main parameter"_s)))
     , labelSoundFileInformation(
-          named("labelSoundFileInformation", new QLabel(u"Sound File Information"_s)))
-    , labelFs(named("labelFs", new QLabel(u"Sampling rate"_s)))
-    , labelDuration(named("labelDuration", new QLabel(u"Sound duration (ms)"_s)))
-    , labelSi(named("labelSi", new QLabel(u"Silent interval (ms)"_s)))
-    , labelSubCode(named("labelSubCode", new QLabel(u"Subject code"_s)))
-    , labelSesNum(named("labelSesNum", new QLabel(u"Session"_s)))
-    , labelNTimes(named("labelNTimes", new QLabel(u"N times per token"_s)))
-    , labelWavFilePath(named("labelWavFilePath", new QLabel(u"WAV filepath"_s)))
-    , labelWavFileName(named("labelWavFileName", new QLabel(u"WAV filename"_s)))
-    , labelOutputFilePath(named("labelOutputFilePath", new QLabel(u"Output filepath"_s)))
-    , labelOutputFileName(named("labelOutputFileName", new QLabel(u"Output filename"_s)))
-    , labelStatus(named("labelStatus", new QLabel(u"Status"_s)))
-    , comboBoxSesType(named("comboBoxSesType", new QComboBox))
-    , comboBoxSoundType(named("comboBoxSoundType", new QComboBox))
-    , comboBoxMainParameter(named("comboBoxMainParameter", new QComboBox))
-    , lineEditFs(named("lineEditFs", new QLineEdit(u"40000"_s)))
-    , lineEditDuration(named("lineEditDuration", new QLineEdit(u"250.000"_s)))
-    , lineEditSi(named("lineEditSi", new QLineEdit(u"1000.000"_s)))
-    , lineEditSubCode(named("lineEditSubCode", new QLineEdit(u"SUB001"_s)))
-    , lineEditSesNum(named("lineEditSesNum", new QLineEdit(u"1"_s)))
-    , lineEditNTimes(named("lineEditNTimes", new QLineEdit(u"1"_s)))
-    , lineEditWavFilePath(named("lineEditWavFilePath", new QLineEdit(u"."_s)))
-    , lineEditWavFileName(named("lineEditWavFileName", new QLineEdit(u"File001.wav"_s)))
-    , lineEditOutputFilePath(named("lineEditOutputFilePath", new QLineEdit(u"."_s)))
-    , lineEditOutputFileName(named("lineEditOutputFileName", new QLineEdit(u"SUB001.dat"_s)))
-    , lineEditStatus(named("lineEditStatus", new QLineEdit))
-    , pushButtonPractice(named("pushButtonPractice", new QPushButton(u"Practice"_s)))
-    , pushButtonExperiment(named("pushButtonExperiment", new QPushButton(u"Experiment"_s)))
-    , pushButtonGo(named("pushButtonGo", new QPushButton(u"Go"_s)))
-    , pushButtonQuit(named("pushButtonQuit", new QPushButton(u"Quit"_s)))
-    , checkBoxSaveData(named("checkBoxSaveData", new QCheckBox(u"Save data to file"_s)))
-    , checkBoxFeedBack(named("checkBoxFeedBack", new QCheckBox(u"Provide feedback"_s)))
-    , checkBoxAutoPlay(named("checkBoxAutoPlay", new QCheckBox(u"Play sound automatically"_s)))
+          keep("labelSoundFileInformation", new QLabel(u"Sound File Information"_s)))
+    , labelFs(keep("labelFs", new QLabel(u"Sampling rate"_s)))
+    , labelDuration(keep("labelDuration", new QLabel(u"Sound duration (ms)"_s)))
+    , labelSi(keep("labelSi", new QLabel(u"Silent interval (ms)"_s)))
+    , labelSubCode(keep("labelSubCode", new QLabel(u"Subject code"_s)))
+    , labelSesNum(keep("labelSesNum", new QLabel(u"Session"_s)))
+    , labelNTimes(keep("labelNTimes", new QLabel(u"N times per token"_s)))
+    , labelWavFilePath(keep("labelWavFilePath", new QLabel(u"WAV filepath"_s)))
+    , labelWavFileName(keep("labelWavFileName", new QLabel(u"WAV filename"_s)))
+    , labelOutputFilePath(keep("labelOutputFilePath", new QLabel(u"Output filepath"_s)))
+    , labelOutputFileName(keep("labelOutputFileName", new QLabel(u"Output filename"_s)))
+    , labelStatus(keep("labelStatus", new QLabel(u"Status"_s)))
+    , comboBoxSesType(keep("comboBoxSesType", new QComboBox))
+    , comboBoxSoundType(keep("comboBoxSoundType", new QComboBox))
+    , comboBoxMainParameter(keep("comboBoxMainParameter", new QComboBox))
+    , lineEditFs(keep("lineEditFs", new QLineEdit(u"40000"_s)))
+    , lineEditDuration(keep("lineEditDuration", new QLineEdit(u"250.000"_s)))
+    , lineEditSi(keep("lineEditSi", new QLineEdit(u"1000.000"_s)))
+    , lineEditSubCode(keep("lineEditSubCode", new QLineEdit(u"SUB001"_s)))
+    , lineEditSesNum(keep("lineEditSesNum", new QLineEdit(u"1"_s)))
+    , lineEditNTimes(keep("lineEditNTimes", new QLineEdit(u"1"_s)))
+    , lineEditWavFilePath(keep("lineEditWavFilePath", new QLineEdit(u"."_s)))
+    , lineEditWavFileName(keep("lineEditWavFileName", new QLineEdit(u"File001.wav"_s)))
+    , lineEditOutputFilePath(keep("lineEditOutputFilePath", new QLineEdit(u"."_s)))
+    , lineEditOutputFileName(keep("lineEditOutputFileName", new QLineEdit(u"SUB001.dat"_s)))
+    , lineEditStatus(keep("lineEditStatus", new QLineEdit))
+    , pushButtonPractice(keep("pushButtonPractice", new QPushButton(u"Practice"_s)))
+    , pushButtonExperiment(keep("pushButtonExperiment", new QPushButton(u"Experiment"_s)))
+    , pushButtonGo(keep("pushButtonGo", new QPushButton(u"Go"_s)))
+    , pushButtonQuit(keep("pushButtonQuit", new QPushButton(u"Quit"_s)))
+    , checkBoxSaveData(keep("checkBoxSaveData", new QCheckBox(u"Save data to file"_s)))
+    , checkBoxFeedBack(keep("checkBoxFeedBack", new QCheckBox(u"Provide feedback"_s)))
+    , checkBoxAutoPlay(keep("checkBoxAutoPlay", new QCheckBox(u"Play sound automatically"_s)))
 {
     setObjectName("MainWindow");
     constexpr int firstRow = 2;
     constexpr int lastRow = 14;
     for (int row = firstRow; row <= lastRow; ++row)
-        rowLayouts.append(new QHBoxLayout);
-    gridLayoutControls = named("gridLayoutControls", new QGridLayout);
-    gridLayoutPlots = named("gridLayoutPlots", new QGridLayout);
-    gridLayoutMain = named("gridLayoutMain", new QGridLayout);
-    centralWidget = named("centralWidget", new QWidget);
+        rowLayouts.append(keep(u"rowLayout%1"_s.arg(row), new QHBoxLayout));
+    gridLayoutControls = keep("gridLayoutControls", new QGridLayout);
+    gridLayoutPlots = keep("gridLayoutPlots", new QGridLayout);
+    gridLayoutMain = keep("gridLayoutMain", new QGridLayout);
+    centralWidget = keep("centralWidget", new QWidget);
 
     connect(pushButtonPractice, SIGNAL(clicked()), this, SLOT(pushButtonPractice_clicked()));
     connect(pushButtonExperiment, SIGNAL(clicked()), this, SLOT(pushButtonExperiment_clicked()));
@@ -132,54 +130,12 @@ MainWindow::~MainWindow()
 
     delete reactionTimer;
 
-    const QList<QWidget *> widgets = {labelSesType,
-                                      labelSoundType,
-                                      labelMainParameter,
-                                      labelSoundFileInformation,
-                                      labelFs,
-                                      labelDuration,
-                                      labelSi,
-                                      labelSubCode,
-                                      labelSesNum,
-                                      labelNTimes,
-                                      labelWavFilePath,
-                                      labelWavFileName,
-                                      labelOutputFilePath,
-                                      labelOutputFileName,
-                                      labelStatus,
-                                      comboBoxSesType,
-                                      comboBoxSoundType,
-                                      comboBoxMainParameter,
-                                      lineEditFs,
-                                      lineEditDuration,
-                                      lineEditSi,
-                                      lineEditSubCode,
-                                      lineEditSesNum,
-                                      lineEditNTimes,
-                                      lineEditWavFilePath,
-                                      lineEditWavFileName,
-                                      lineEditOutputFilePath,
-                                      lineEditOutputFileName,
-                                      lineEditStatus,
-                                      pushButtonPractice,
-                                      pushButtonExperiment,
-                                      pushButtonGo,
-                                      pushButtonQuit,
-                                      checkBoxSaveData,
-                                      checkBoxFeedBack,
-                                      checkBoxAutoPlay};
-    qDeleteAll(widgets);
-    qDeleteAll(rowLayouts);
-    delete gridLayoutControls;
-    delete gridLayoutPlots;
-    delete gridLayoutMain;
-    delete centralWidget;
+    qDeleteAll(controls);
 }
 
 void MainWindow::addRow(int row, const QList<QWidget *> &widgets)
 {
     QHBoxLayout *layout = rowLayouts.at(row - 2);
-    layout->setObjectName(u"rowLayout%1"_s.arg(row));
     for (QWidget *widget : widgets)
         layout->addWidget(widget);
     if (auto *label = qobject_cast<QLabel *>(widgets.first()))

@@ -28,7 +28,6 @@ class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
-class QTextStream;
 class SilentStream;
 class SubjectWindow;
 enum class Category;
@@ -121,7 +120,6 @@ protected:
     /// Loads the token of the current trial and derives its sizes. A token that cannot be used
     /// leaves the previous token's sound in its place.
     void genWav();
-    void updateNPointsToPlot();
     /// Schedules the current token's presentation, if one is left, and returns the advanced
     /// trialIndex.
     int playWav();
@@ -132,6 +130,9 @@ protected:
     void updateOutputFilePath();
     void updateOutputFileName();
     void writeDataToTxt();
+
+    // plots/MainWindow_plotSizes.cpp
+    void updateNPointsToPlot();
 
     // plots/MainWindow_waveformAndSpectrum.cpp
     /// Each creates an empty chart and places it; a second call changes nothing.
@@ -150,6 +151,7 @@ protected:
     /// each was taken for the mother's.
     void updateTrend();
 
+    QObjectList controls; ///< every widget and layout below, in the order of their creation
     QLabel *labelSesType;
     QLabel *labelSoundType;
     QLabel *labelMainParameter;
@@ -251,10 +253,14 @@ protected:
 
 private:
     // app/MainWindow.cpp
+    template<typename Control>
+    Control *keep(const QString &name, Control *control);
     void addRow(int row, const QList<QWidget *> &widgets);
 
     // app/MainWindow_parameters.cpp
-    void sizeSpectrum();
+    void showParameters();
+    void initPlots();
+    void initPlaying();
 
     // app/MainWindow_session.cpp
     void beginPreparation(SessionType type);
@@ -262,14 +268,12 @@ private:
     void takeAnswer(Category answer);
 
     // audio/MainWindow_playback.cpp
-    void sizeTimeAxis();
     void reportStop() const;
     void endSound();
     void keepTiming(StreamFollower::Time clockStart);
     void releaseAudioOutput();
 
-    // data/MainWindow_resultFiles.cpp
-    /// Writes one result file by @p write; what goes wrong is shown in a warning box.
-    template<typename Write>
-    void writeResultFile(const QString &path, const QString &fileName, Write write);
+    // plots/MainWindow_plotSizes.cpp
+    void sizeSpectrum();
+    void sizeTimeAxis();
 };

@@ -3,7 +3,6 @@
 #include "app/FieldText.h"
 #include "app/MainWindow.h"
 #include "audio/ServerPeriod.h"
-#include "plots/Spectrum.h"
 
 #include <QAudioDevice>
 #include <QCheckBox>
@@ -19,6 +18,14 @@
 using namespace Qt::StringLiterals;
 
 void MainWindow::initParameters()
+{
+    showParameters();
+    initPlots();
+    initPlaying();
+}
+
+/// Copies the parameters into the controls and sets which of them the operator may use.
+void MainWindow::showParameters()
 {
     comboBoxSesType->addItems(data.sesTypeNames);
     comboBoxSoundType->addItems(data.soundTypeNames);
@@ -52,8 +59,11 @@ void MainWindow::initParameters()
     pushButtonExperiment->setEnabled(false);
     pushButtonGo->setEnabled(false);
     lineEditStatus->setText(u"not started yet"_s);
-    maxPlayCount = 1;
+}
 
+/// Sizes what the charts show by the parameters and sets their fonts.
+void MainWindow::initPlots()
+{
     timeAxis.resize(data.nPointsToPlot);
     data.alwaysPlotEntireWaveformFlag = 1;
     data.nPointsToPlot = static_cast<qint32>(std::floor(data.fs * data.durationToPlot));
@@ -68,7 +78,12 @@ void MainWindow::initParameters()
     chartFonts.title.setPixelSize(12);
     for (QFont *font : {&chartFonts.axisLabels, &chartFonts.axisTitles, &chartFonts.title})
         font->setWeight(QFont::Normal);
+}
 
+/// Sets up the format of what is played, and asks whether the output can play it.
+void MainWindow::initPlaying()
+{
+    maxPlayCount = 1;
     reactionTimer = new QElapsedTimer;
 
     requestServerPeriod(); // the question below opens the connection to the sound server
@@ -102,16 +117,4 @@ void MainWindow::getParameters()
     // that: what is played is the whole of soundWave.
     data.nSamples = static_cast<qint32>(std::floor(data.soundDuration * data.fs));
     updateNPointsToPlot();
-}
-
-/// Sizes the spectrum for the current token and the lists that hold it.
-void MainWindow::sizeSpectrum()
-{
-    const SpectrumSize size = spectrumSize(data.nSamples, data.fs, data.upperFrequencyToPlot);
-    nFFT = size.nFFT;
-    fftDuration = size.duration;
-    data.nFreqPointsToPlot = size.nFreqPointsToPlot;
-    for (QList<double> *list : {&frequencies, &amplitudes, &phases})
-        list->resize(nFFT / 2);
-    spectrumPoints.resize(data.nFreqPointsToPlot);
 }

@@ -26,8 +26,3 @@ QList<int> presentationOrder(int nTokens, int nTimes, quint32 seed)
     }
     return order;
 }
-
-int presentationDelay(double soundDuration, double silentInterval)
-{
-    return static_cast<int>((soundDuration + silentInterval) * 1000);
-}

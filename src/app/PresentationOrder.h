@@ -16,7 +16,3 @@ std::optional<int> presentationCount(int nTokens, int nTimes);
 /// Fisher-Yates shuffle from a 32-bit Mersenne Twister seeded with @p seed. Repeats of a token may
 /// follow each other. Empty when either count is not positive.
 QList<int> presentationOrder(int nTokens, int nTimes, quint32 seed);
-
-/// The delay in whole milliseconds (truncated) from scheduling a presentation to its start:
-/// the token's duration plus the silent interval, both in seconds.
-int presentationDelay(double soundDuration, double silentInterval);

@@ -2,8 +2,7 @@
 
 #include "app/FieldText.h"
 #include "app/MainWindow.h"
-#include "app/PresentationOrder.h"
-#include "plots/WaveformSpan.h"
+#include "audio/PresentationDelay.h"
 #include "subject/SubjectWindow.h"
 
 #include <QAudioDevice>
@@ -70,25 +69,10 @@ void MainWindow::genWav()
     sizeTimeAxis();
 }
 
-void MainWindow::updateNPointsToPlot()
-{
-    const WaveformSpan span = waveformSpan(data.durationToPlot, data.fs, data.nSamples,
-                                           data.alwaysPlotEntireWaveformFlag != 0);
-    data.nPointsToPlot = span.nPoints;
-    data.durationToPlot = span.duration;
-}
-
-void MainWindow::sizeTimeAxis()
-{
-    timeAxis.resize(data.nPointsToPlot);
-    for (qsizetype i = 0; i < timeAxis.size(); ++i)
-        timeAxis[i] = static_cast<double>(i) * (1 / data.fs * 1000);
-}
-
 int MainWindow::playWav()
 {
     if (randomSequence.size() > trialIndex) {
-        const std::chrono::milliseconds delay(presentationDelay(data.soundDuration, data.si));
+        const std::chrono::milliseconds delay = presentationDelay(data.soundDuration, data.si);
         presentationTimer.setTimerType(delay < coarseFrom ? Qt::PreciseTimer : Qt::CoarseTimer);
         presentationTimer.start(delay);
         presentationDue = streamFollower.now() + delay;

@@ -11,7 +11,35 @@
 #include <QMessageBox>
 #include <QTextStream>
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Writes the file @p path by @p write. What goes wrong is shown in a warning box over @p window,
+/// which names a file that cannot be opened as @p shownName.
+void writeResultFile(QWidget *window, const QString &path, const QString &shownName,
+                     const std::function<void(QTextStream &)> &write)
+{
+    const auto warn = [window](const QString &text) {
+        QMessageBox::warning(window, u"Warning"_s, text, QMessageBox::Ok);
+    };
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+        warn(u"could not open file for writing \r\n"_s + shownName);
+        return;
+    }
+    QTextStream stream(&file);
+    write(stream);
+    stream.flush();
+    const bool written = file.flush() && stream.status() == QTextStream::Ok;
+    file.close();
+    if (!written || file.error() != QFileDevice::NoError)
+        warn(u"could not write to file \r\n"_s + path);
+}
+
+} // namespace
 
 void MainWindow::updateOutputFilePath()
 {
@@ -45,35 +73,18 @@ void MainWindow::writeDataToTxt()
     if (!folder.exists())
         QDir().mkpath(data.outputFilePath);
 
-    writeResultFile(chosen, data.outputFileName, [this](QTextStream &stream) {
-        writeRecordsTable(stream, data.records, data.entries.size());
-    });
+    writeResultFile(this, chosen, data.outputFilePath + data.outputFileName,
+                    [this](QTextStream &stream) {
+                        writeRecordsTable(stream, data.records, data.entries.size());
+                    });
 
     data.outputFileName_entries = companionFileName(recordsFile, u"entries"_s);
-    writeResultFile(folder.filePath(data.outputFileName_entries), data.outputFileName_entries,
+    writeResultFile(this, folder.filePath(data.outputFileName_entries),
+                    data.outputFilePath + data.outputFileName_entries,
                     [this](QTextStream &stream) { writeEntriesTable(stream, data.entries); });
 
     data.outputFileName_parameters = companionFileName(recordsFile, u"parameters"_s);
-    writeResultFile(folder.filePath(data.outputFileName_parameters), data.outputFileName_parameters,
+    writeResultFile(this, folder.filePath(data.outputFileName_parameters),
+                    data.outputFilePath + data.outputFileName_parameters,
                     [this](QTextStream &stream) { writeParameters(stream, data); });
-}
-
-template<typename Write>
-void MainWindow::writeResultFile(const QString &path, const QString &fileName, Write write)
-{
-    const auto warn = [this](const QString &text) {
-        QMessageBox::warning(this, u"Warning"_s, text, QMessageBox::Ok);
-    };
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        warn(u"could not open file for writing \r\n"_s + data.outputFilePath + fileName);
-        return;
-    }
-    QTextStream stream(&file);
-    write(stream);
-    stream.flush();
-    const bool written = file.flush() && stream.status() == QTextStream::Ok;
-    file.close();
-    if (!written || file.error() != QFileDevice::NoError)
-        warn(u"could not write to file \r\n"_s + path);
 }

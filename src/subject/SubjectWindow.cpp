@@ -1,6 +1,6 @@
 #include "subject/SubjectWindow.h"
 
-#include "app/WindowGeometry.h"
+#include "subject/WindowGeometry.h"
 
 #include <QCloseEvent>
 #include <QGridLayout>

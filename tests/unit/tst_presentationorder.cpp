@@ -33,8 +33,6 @@ private slots:
     void permutationsAreEquallyLikely();
     void placesAreEquallyLikely();
     void repeatsMayFollowEachOther();
-    void delay_data();
-    void delay();
 };
 
 void TestPresentationOrder::count_data()
@@ -160,28 +158,6 @@ void TestPresentationOrder::repeatsMayFollowEachOther()
     // By counting orders: 2 of 3 have neighbours that agree, 3 of 5 a repeat in the first half.
     QVERIFY(adjacent > 150 && adjacent < 250);
     QVERIFY(repeatedInFirstHalf > 130 && repeatedInFirstHalf < 230);
-}
-
-void TestPresentationOrder::delay_data()
-{
-    QTest::addColumn<double>("soundDuration");
-    QTest::addColumn<double>("silentInterval");
-    QTest::addColumn<int>("expected");
-
-    QTest::newRow("defaults") << 0.25 << 1.0 << 1250;
-    QTest::newRow("two seconds") << 0.5 << 1.5 << 2000;
-    QTest::newRow("fraction of a millisecond") << 0.250021 << 1.0 << 1250;
-    QTest::newRow("truncated, not rounded") << 0.2509 << 1.0 << 1250;
-    QTest::newRow("no interval") << 0.25 << 0.0 << 250;
-    QTest::newRow("nothing") << 0.0 << 0.0 << 0;
-}
-
-// Catches rounding, a missing interval and a delay in another unit.
-void TestPresentationOrder::delay()
-{
-    QFETCH(const double, soundDuration);
-    QFETCH(const double, silentInterval);
-    QTEST(presentationDelay(soundDuration, silentInterval), "expected");
 }
 
 QTEST_APPLESS_MAIN(TestPresentationOrder)

@@ -1,4 +1,4 @@
-#include "app/WindowGeometry.h"
+#include "subject/WindowGeometry.h"
 
 #include <QTest>
 

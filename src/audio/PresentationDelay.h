@@ -1,0 +1,7 @@
+#pragma once
+
+#include <chrono>
+
+/// The delay (truncated) from scheduling a presentation to its start: the token's duration plus the
+/// silent interval, both in seconds.
+std::chrono::milliseconds presentationDelay(double soundDuration, double silentInterval);
