@@ -831,6 +831,9 @@ void TestMainWindow::destructionOrder()
         expected.append("control");
     }
     QCOMPARE(expected.size(), 15 + 36 + 16 + 1);
+    // What is left to the base class goes after its signal.
+    watch(m_window.get(), "window");
+    expected.append("window");
     m_window.reset();
     QCOMPARE(destroyed, expected);
 }
