@@ -12,15 +12,15 @@ TMPDIR=$(mktemp -d "${TMPDIR:-/tmp}/ostrine-test.XXXXXX")
 export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
 
-options=()
 # Warnings are errors on the build server, but must not stop a developer who is trying things out.
+presets=(release asan)
 if [ -n "${CI:-}" ] && [ "${CI}" != false ]; then
-    options+=(-DOSTRINE_WARNINGS_AS_ERRORS=ON)
+    presets=(ci ci-asan)
 fi
 
-for preset in release asan; do
+for preset in "${presets[@]}"; do
     echo "== $preset: build"
-    cmake --preset "$preset" ${options[@]+"${options[@]}"}
+    cmake --preset "$preset"
     cmake --build --preset "$preset"
     echo "== $preset: test"
     ctest --preset "$preset"
@@ -33,4 +33,4 @@ if [ -n "$leftovers" ]; then
     exit 1
 fi
 
-echo "All tests passed: release (all) and asan (unit, gui), in $((SECONDS - start)) s."
+echo "All tests passed: ${presets[0]} (all) and ${presets[1]} (unit, gui), in $((SECONDS - start)) s."
