@@ -30,9 +30,9 @@ screen=(
 )
 # The Fourier transform is also tested with another compiler and for another processor
 checks=(clang g++-aarch64-linux-gnu qemu-user)
-# The sources are formatted by this version; Debian 13 no longer has it.
+# The sources are formatted and analysed by these versions; Debian 13 no longer has them.
 if [ "$(. /etc/os-release && echo "${VERSION_CODENAME:-}")" = bookworm ]; then
-    checks+=(clang-format-14)
+    checks+=(clang-format-14 clang-tidy-14)
 fi
 # Other libraries' transforms and readers to compare with, and the library that the timing benchmark records with
 peers=(libbenchmark-dev libfftw3-dev libgsl-dev libeigen3-dev libsndfile1-dev libpulse-dev pkg-config)

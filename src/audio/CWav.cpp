@@ -84,26 +84,7 @@ std::size_t convertibleSamples(const CWav &wav)
 } // namespace
 
 // formatTag is left alone on purpose: nothing in this class gives it a value.
-CWav::CWav()
-    : riffHeader{}
-    , riffSize(0)
-    , waveHeader{}
-    , fmtHeader{}
-    , fmtSize(0)
-    , audioFormat(0)
-    , numChannels(0)
-    , sampleRate(0)
-    , byteRate(0)
-    , blockAlign(0)
-    , bitsPerSample(0)
-    , dataHeader{}
-    , dataSize(0)
-    , rawData(nullptr)
-    , bytesRead(0)
-    , numSamples(0)
-    , samples(nullptr)
-{
-}
+CWav::CWav() = default;
 
 // The raw bytes are not released: the one reader lives as long as the program's window.
 CWav::~CWav()

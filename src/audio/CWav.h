@@ -43,25 +43,25 @@ public:
     bool WriteWav(std::string filename);
 
     // The header, filled by reading the first 44 bytes of a file straight into it.
-    char riffHeader[4];          ///< normally "RIFF", not checked
-    std::uint32_t riffSize;      ///< file size minus 8
-    char waveHeader[4];          ///< must be "WAVE"
-    char fmtHeader[4];           ///< normally "fmt ", not checked
-    std::uint32_t fmtSize;       ///< 16, not checked
-    std::uint16_t audioFormat;   ///< must be 1 (linear PCM)
-    std::uint16_t numChannels;   ///< channel count
-    std::uint32_t sampleRate;    ///< samples per second per channel
-    std::uint32_t byteRate;      ///< bytes per second
-    std::uint16_t blockAlign;    ///< bytes per frame
-    std::uint16_t bitsPerSample; ///< must be 8, 16 or 24
-    char dataHeader[4];          ///< normally "data", not checked
-    std::uint32_t dataSize;      ///< number of sample bytes declared
+    char riffHeader[4] = {};         ///< normally "RIFF", not checked
+    std::uint32_t riffSize = 0;      ///< file size minus 8
+    char waveHeader[4] = {};         ///< must be "WAVE"
+    char fmtHeader[4] = {};          ///< normally "fmt ", not checked
+    std::uint32_t fmtSize = 0;       ///< 16, not checked
+    std::uint16_t audioFormat = 0;   ///< must be 1 (linear PCM)
+    std::uint16_t numChannels = 0;   ///< channel count
+    std::uint32_t sampleRate = 0;    ///< samples per second per channel
+    std::uint32_t byteRate = 0;      ///< bytes per second
+    std::uint16_t blockAlign = 0;    ///< bytes per frame
+    std::uint16_t bitsPerSample = 0; ///< must be 8, 16 or 24
+    char dataHeader[4] = {};         ///< normally "data", not checked
+    std::uint32_t dataSize = 0;      ///< number of sample bytes declared
 
     std::uint16_t formatTag; ///< never assigned by this class
 
-    char *rawData;                    ///< the sample bytes as read; reused by every load
-    std::int64_t bytesRead;           ///< number of sample bytes the last read obtained
-    std::uint32_t numSamples;         ///< samples of all channels that dataSize makes
-    double *samples;                  ///< first element of sampleVector after a conversion
+    char *rawData = nullptr;          ///< the sample bytes as read; reused by every load
+    std::int64_t bytesRead = 0;       ///< number of sample bytes the last read obtained
+    std::uint32_t numSamples = 0;     ///< samples of all channels that dataSize makes
+    double *samples = nullptr;        ///< first element of sampleVector after a conversion
     std::vector<double> sampleVector; ///< the converted samples
 };

@@ -30,6 +30,9 @@ constexpr std::chrono::microseconds longestBuffer = 10s;
 /// that there must always be more.
 constexpr std::chrono::microseconds notBuffered = trailingSilence / 4;
 
+/// What is played is one channel of floats.
+constexpr qint64 bytesPerFrame = sizeof(float);
+
 /// Qt's rule for a single shot: a coarse timer may be 5 % late.
 constexpr std::chrono::milliseconds coarseFrom = 2s;
 
@@ -117,7 +120,7 @@ StreamFollower::Reading MainWindow::readStream() const
     if (audioSink->state() == QAudio::StoppedState)
         return {.stopped = true};
     const qint64 buffered = audioSink->bufferSize() - audioSink->bytesFree();
-    return {.taken = (audioBuffer->pos() - buffered) / audioOutputFormat.bytesPerFrame(),
+    return {.taken = (audioBuffer->pos() - buffered) / bytesPerFrame,
             .played = audioOutputFormat.framesForDuration(audioSink->processedUSecs())};
 }
 

@@ -40,7 +40,8 @@ Spectrum amplitudeSpectrum(std::span<const double> samples, qint32 nSamples, qin
     FFTReal<double>(nFFT).do_fft(output.data(), input.constData());
 
     const qsizetype nBins = nFFT / 2;
-    const double scale = nSamples / 2;
+    const qint32 halfToken = nSamples / 2;
+    const double scale = halfToken;
     Spectrum spectrum = {QList<double>(nBins), QList<double>(nBins), QList<double>(nBins)};
     const double *const real = output.constData();
     const double *const minusImaginary = real + nBins;
