@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // When a token is heard, and when the reaction clock starts, against a recording of what the sound
 // server plays. To be run by audio_timing.sh, which gives it a server of its own.
 //

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Measures when tokens are heard and when the reaction clock starts, on sound servers of its own. The
 # processors are kept awake where the user may ask for that. Only the tables are printed; the program's log
 # goes to build/bench/audio_timing.log.

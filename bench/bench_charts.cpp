@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The charts against what Qt Charts takes at least: the same charts with the same points, filled
 // and painted by nobody else.
 //

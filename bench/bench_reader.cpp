@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Loading a WAV file: this program's reader against libsndfile's. Both leave all samples as doubles
 // of about -1 .. +1. The files are in the page cache: what is measured is the reader, not the disk.
 

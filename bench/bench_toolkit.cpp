@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The toolkit's tones and ramps against the same loops over std::vector.
 
 #include "audio/PelkClasses.h"

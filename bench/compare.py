@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Runs a benchmark executable and prints how its contestants compare, as a Markdown table.
 
     compare.py [--cpu-time] <executable> [options of Google Benchmark...]

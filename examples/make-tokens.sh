@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Generates the eight example tokens; needs espeak-ng and sox. The same versions of both always produce the same
 # files: sox runs with -R and without dither.
 #

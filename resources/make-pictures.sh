@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Draws the two feedback pictures from their SVG sources; needs rsvg-convert (librsvg2-bin).
 # The pictures are committed, so that building the program needs no drawing program.
 set -eu

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Installs what is missing, builds the benchmarks and prints their tables, which bench/README.md explains.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

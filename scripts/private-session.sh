@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Runs a command in an environment of its own: runtime folder, home folder, session bus and, on request, a display
 # and a sound server. The command neither sees nor changes the caller's desktop and plays nothing on it. Several
 # of these environments can run at the same time, and everything started in one is stopped at the end.

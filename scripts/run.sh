@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Installs what is missing, builds the program and starts it. Without a screen it runs a demo session on a virtual
 # one instead, and leaves screenshots and result files.
 set -euo pipefail

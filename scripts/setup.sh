@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Installs the packages that Ostrine needs on Debian 12 or 13. If all of them are installed already, it does nothing
 # and needs no privileges. It never removes a package.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Installs what is missing, builds the program and runs every test: first all of them on the release build, then the
 # unit and window tests again under the address and undefined-behaviour sanitizers.
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Fails when a source file is not as clang-format 14 would write it; other versions write it otherwise. Ends with 77,
 # for "not checked", where a distribution does not have that version.
 set -euo pipefail

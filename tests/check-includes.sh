@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Fails when a file of src includes what it may not:
 # - app stands above subject, and subject above audio, data and plots, which know nothing of each other. An include
 #   may point down, never up or across. MainWindow_*.cpp counts as app wherever it lies, since it defines members of

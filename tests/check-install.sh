@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Fails when "cmake --install" does not install the program, or installs more than that.
 #
 #   check-install.sh BUILD_FOLDER

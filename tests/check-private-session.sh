@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Fails when a private session does not hand on its command's exit code, or when it leaves a process or a temporary
 # file behind.
 set -euo pipefail

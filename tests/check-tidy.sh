@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Fails when clang-tidy 14 finds something in src; other versions find other things. Ends with 77, for "not checked",
 # where a distribution does not have that version.
 #

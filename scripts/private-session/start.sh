@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # The inner part of ../private-session.sh: sets up the environment in the empty FOLDER and runs the command in it.
 # The outer script stops what is started here.
 #

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The operator's window: its controls, their layout and their simple handlers.
 // Declared in app/MainWindow.h.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The session parameters and the controls that show them. Declared in app/MainWindow.h.
 
 #include "app/FieldText.h"

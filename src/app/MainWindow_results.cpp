@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The end of a session and the status line. Declared in app/MainWindow.h.
 
 #include "app/MainWindow.h"

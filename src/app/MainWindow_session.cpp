@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The session: its preparation, the presentation order and the trial loop that the subject's
 // responses drive. Declared in app/MainWindow.h.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The current token: loading it, scheduling and playing it. Declared in app/MainWindow.h.
 
 #include "app/FieldText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sound folder and the list of tokens. Declared in app/MainWindow.h.
 
 #include "app/MainWindow.h"

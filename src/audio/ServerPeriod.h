@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 /// Asks PipeWire to play the program's own streams with a period of 2048 samples (43 ms), whatever

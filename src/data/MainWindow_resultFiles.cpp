@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The result files and their proposed names. Declared in app/MainWindow.h.
 
 #include "app/MainWindow.h"

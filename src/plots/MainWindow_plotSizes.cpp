@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How much of the current token the charts show, and the lists that hold it. Declared in
 // app/MainWindow.h.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The response trend chart: how often "Mother" was chosen for each token. Declared in
 // app/MainWindow.h.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The waveform and spectrum charts of the current token. Declared in app/MainWindow.h.
 
 #include "app/MainWindow.h"

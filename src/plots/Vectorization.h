@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 /// Before a loop: no iteration reads what another one writes, which lets the compiler work on

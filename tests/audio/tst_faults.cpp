@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What becomes of a session when its sound goes wrong. Each function needs a private session of its
 // own: Qt keeps its connection to the sound server for as long as the program runs.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """One whole practice session with the example tokens, as operator and subject would do it.
 
 Leaves the result files and pictures of the screen in demo-session/ at the top of the checkout.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Operates the program from outside, as its two users do.
 
 Widgets are found through the accessibility bus (by the text they carry, or by the label in front of them),

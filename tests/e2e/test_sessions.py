@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Whole sessions with the program as it is shipped: what is written, and what is heard.
 
     scripts/private-session.sh --audio --display /usr/bin/python3 tests/e2e/test_sessions.py PROGRAM

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Fails unless the program holds every function of the signal toolkit once. No window calls them, so
 # that a linker may leave them out without a word.
 #

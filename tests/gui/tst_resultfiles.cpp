@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/GuiTestMain.h"
 #include "support/ModalAnswer.h"
 #include "support/OperatorWindow.h"

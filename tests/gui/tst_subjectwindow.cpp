@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "subject/SubjectWindow.h"
 #include "support/GuiTestMain.h"
 #include "support/MethodTable.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/PelkClasses.h"
 #include "support/GuiTestMain.h"
 #include "support/ToolkitTest.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Builds fftreal_portable.cpp by another compiler, warnings being errors, and runs it.
 #
 #   fftreal-portable.sh <compiler> <emulator> [compiler options...]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Compares the transform of each kind of number with its definition. This program needs nothing but
 // the standard library, so that any compiler can build it for any processor; it prints how close
 // the results are and ends with 1 when they are wrong.
