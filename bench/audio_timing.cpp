@@ -210,7 +210,7 @@ public:
 
     /// When the sample before @p position was over. The samples of one period of the server arrive
     /// at once: not before the period is over, but later if the recording process is held up. Of
-    /// what arrived around the position, the promptest tells the time of all, by the sampling rate.
+    /// what arrived around the position, the earliest gives the time of all, by the sampling rate.
     double timeOf(size_t position) const
     {
         constexpr auto around = static_cast<size_t>(300 / fragmentDuration);

@@ -27,8 +27,7 @@ namespace {
 /// charts of a token of 5 s are drawn in a new size. Qt's own choice is 70 to 250 ms.
 constexpr std::chrono::microseconds longestBuffer = 10s;
 
-/// What stays out of the buffer: a server may wait until it is full before it begins to play, so
-/// that there must always be more.
+/// How much smaller than the stream the buffer is kept: some servers start only when it is full.
 constexpr std::chrono::microseconds notBuffered = trailingSilence / 4;
 
 /// What is played is one channel of floats.

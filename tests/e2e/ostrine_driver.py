@@ -492,7 +492,7 @@ class Recorder:
     def time_of(self, sample):
         """The clock time at which that sample was recorded, late by no more than the recording's latency.
 
-        Told by the promptest arrival in the second after it: over the whole recording the clocks drift apart.
+        Taken from the earliest arrival in the second after it: over the whole recording the clocks drift apart.
         """
         with self.lock:
             return min(now - (count - sample) / SAMPLE_RATE for now, count in self.arrivals
@@ -502,16 +502,16 @@ class Recorder:
         """How many seconds of sound the server left out.
 
         It runs by the clock, so a recording which falls behind the clock lacks cycles that the machine gave
-        the server no time for: nothing a program could have played then would have been heard. The promptest
+        the server no time for: nothing a program could have played then would have been heard. The earliest
         arrival of each second is compared, because single ones may be late without any loss.
         """
-        promptest = {}
+        earliest = {}
         with self.lock:
             for now, count in self.arrivals:
                 origin = now - count / SAMPLE_RATE
-                promptest[int(now)] = min(origin, promptest.get(int(now), origin))
+                earliest[int(now)] = min(origin, earliest.get(int(now), origin))
         # The first and last second may hold a single arrival.
-        origins = [promptest[second] for second in sorted(promptest)][1:-1]
+        origins = [earliest[second] for second in sorted(earliest)][1:-1]
         return max(origins) - min(origins)
 
     def samples(self):
