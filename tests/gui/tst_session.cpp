@@ -88,6 +88,7 @@ private slots:
     void timerOfTheDelay_data();
     void timerOfTheDelay();
     void staleTimerPlaysOn();
+    void staleTimerAndPreparation();
     void staleTimerAndNextSession();
     void soundingTokenAndNextSession();
     void countTypedDuringPreparation();
@@ -812,6 +813,23 @@ void TestSession::staleTimerPlaysOn()
     QVERIFY(m_window->isEnabled());
     QVERIFY(!m_window->subjectWindow->isVisible());
     QVERIFY(!m_window->audioSink && !m_window->audioBuffer && !m_window->audioData);
+}
+
+// Catches the scheduled token of a broken session that sounds when the next one has been prepared:
+// it would be that one's first token, before the subject is ready.
+void TestSession::staleTimerAndPreparation()
+{
+    QVERIFY(makeToken("MOV001.wav", 20));
+    m_window->lineEditSi->setText("600.000");
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QVERIFY(advance(State::Prepared, State::Delay));
+    QVERIFY(closeSubjectWindow(QMessageBox::Yes));
+    QVERIFY(m_window->presentationTimer.isActive());
+
+    const QSignalSpy sound(m_window.get(), &MainWindow::soundPlaying);
+    QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
+    QTest::qWait(800);
+    QCOMPARE(sound.size(), 0);
 }
 
 // Catches the scheduled token of a broken session that sounds in the next one.
