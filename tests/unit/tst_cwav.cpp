@@ -85,52 +85,52 @@ class TestCWav : public QObject
 private slots:
     void init();
 
-    void startsEmpty();
-    void formatAndHeaderSize();
-    void headerFields();
+    void aNewReaderIsEmpty();
+    void loadingKeepsTheFormatTagAndTheHeaderSizeIs44();
+    void everyHeaderFieldIsReadFromItsPlace();
 
-    void samples_data();
-    void samples();
-    void rejected_data();
-    void rejected();
-    void accepted_data();
-    void accepted();
-    void pathOutsideAscii();
+    void samplesOfEveryWidthAreReadExactly_data();
+    void samplesOfEveryWidthAreReadExactly();
+    void anUnusableFileIsRefusedWithItsMessage_data();
+    void anUnusableFileIsRefusedWithItsMessage();
+    void unusualHeaderFieldsAreAccepted_data();
+    void unusualHeaderFieldsAreAccepted();
+    void aPathIsTakenAsUtf8();
 
-    void shortHeader_data();
-    void shortHeader();
-    void shortHeaderKeepsEarlierBytes();
+    void aShortHeaderIsReadAsIfZerosFollowed_data();
+    void aShortHeaderIsReadAsIfZerosFollowed();
+    void aShortHeaderKeepsTheEarlierFilesBytes();
 
-    void truncated_data();
-    void truncated();
-    void bytesBehindTheDataAreLeft();
-    void chunkBeforeTheData();
+    void aTruncatedFileGivesNoSamples_data();
+    void aTruncatedFileGivesNoSamples();
+    void bytesBehindTheDeclaredDataAreNotRead();
+    void samplesBeginAtByte44WhateverChunkIsThere();
 
-    void noDataKeepsEarlierSamples();
-    void rejectedHeaderIsKept();
-    void reloading();
-    void truncatedAfterComplete();
+    void aFileWithoutDataKeepsTheEarlierSamples();
+    void aRefusedHeaderIsKeptBesideTheEarlierSamples();
+    void anotherFileReplacesTheSamples();
+    void aTruncatedFileClearsTheEarlierSamples();
 
-    void everyCode_data();
-    void everyCode();
-    void capacity_data();
-    void capacity();
+    void everyCodeIsConvertedExactly_data();
+    void everyCodeIsConvertedExactly();
+    void theSampleVectorFitsTheLargestFileSoFar_data();
+    void theSampleVectorFitsTheLargestFileSoFar();
 
-    void convertByAnotherCount_data();
-    void convertByAnotherCount();
-    void convertOtherSizes_data();
-    void convertOtherSizes();
+    void convertingByAWrongCountStaysWithinTheBytes_data();
+    void convertingByAWrongCountStaysWithinTheBytes();
+    void convertingAnotherBitDepthClearsTheSamples_data();
+    void convertingAnotherBitDepthClearsTheSamples();
 
-    void displayHeader();
-    void displayData();
+    void displayHeaderPrintsEachFieldOnItsLine();
+    void displayDataPrintsOneSampleALine();
 
-    void writeGivesTheFileBack();
-    void writeAppends();
-    void writeHeaderAsItStands();
-    void writeTruncated_data();
-    void writeTruncated();
-    void writeWithoutLoading();
-    void writeNowhere();
+    void writeWavGivesTheFileBack();
+    void writeWavAppendsToAnExistingFile();
+    void writeWavWritesTheHeaderAsItStands();
+    void writeWavWritesOnlyTheBytesThatWereRead_data();
+    void writeWavWritesOnlyTheBytesThatWereRead();
+    void writeWavWithoutLoadingWritesAHeaderOfZeros();
+    void writeWavReportsAFileItCannotOpen();
 
 private:
     QString path(const QString &name = "token.wav") const { return m_folder->filePath(name); }
@@ -145,7 +145,7 @@ void TestCWav::init()
 }
 
 // Catches a member that is not cleared by the constructor.
-void TestCWav::startsEmpty()
+void TestCWav::aNewReaderIsEmpty()
 {
     const CWav wav;
     QCOMPARE(four(wav.riffHeader), QByteArray(4, '\0'));
@@ -169,7 +169,7 @@ void TestCWav::startsEmpty()
 }
 
 // Catches a format taken from the header, a formatTag touched by loading, and another header size.
-void TestCWav::formatAndHeaderSize()
+void TestCWav::loadingKeepsTheFormatTagAndTheHeaderSizeIs44()
 {
     QVERIFY(writeFile(path(), WavBytes{.data = WavBytes::samples16({1, 2})}.bytes()));
     CWav wav;
@@ -181,7 +181,7 @@ void TestCWav::formatAndHeaderSize()
 }
 
 // Catches a header field read from another offset or with another width.
-void TestCWav::headerFields()
+void TestCWav::everyHeaderFieldIsReadFromItsPlace()
 {
     const WavBytes file{
         .numChannels = 2, .sampleRate = 96000, .bitsPerSample = 24, .data = QByteArray(12, '\x01')};
@@ -208,7 +208,7 @@ void TestCWav::headerFields()
     QCOMPARE(QByteArray(wav.rawData, 12), file.data);
 }
 
-void TestCWav::samples_data()
+void TestCWav::samplesOfEveryWidthAreReadExactly_data()
 {
     QTest::addColumn<int>("bits");
     QTest::addColumn<int>("channels");
@@ -254,7 +254,7 @@ void TestCWav::samples_data()
 
 // Catches wrong signs, scales and byte orders, exact to the last bit, and a fragment whose missing
 // bytes are taken from behind the buffer.
-void TestCWav::samples()
+void TestCWav::samplesOfEveryWidthAreReadExactly()
 {
     QFETCH(const int, bits);
     QFETCH(const int, channels);
@@ -283,7 +283,7 @@ void TestCWav::samples()
         QVERIFY(wav.samples == &wav.sampleVector.front());
 }
 
-void TestCWav::rejected_data()
+void TestCWav::anUnusableFileIsRefusedWithItsMessage_data()
 {
     QTest::addColumn<QByteArray>("file");
     QTest::addColumn<QByteArray>("message");
@@ -321,7 +321,7 @@ void TestCWav::rejected_data()
 }
 
 // Catches a changed message, a check left out, and checks in another order.
-void TestCWav::rejected()
+void TestCWav::anUnusableFileIsRefusedWithItsMessage()
 {
     QFETCH(const QByteArray, file);
     QFETCH(const QByteArray, message);
@@ -337,7 +337,7 @@ void TestCWav::rejected()
     QCOMPARE(missing.errors, "Unable to open WAV file: " + path("missing.wav").toUtf8() + "\n");
 }
 
-void TestCWav::accepted_data()
+void TestCWav::unusualHeaderFieldsAreAccepted_data()
 {
     QTest::addColumn<QByteArray>("file");
 
@@ -356,7 +356,7 @@ void TestCWav::accepted_data()
 }
 
 // Catches a check that refuses what is to be read as it stands.
-void TestCWav::accepted()
+void TestCWav::unusualHeaderFieldsAreAccepted()
 {
     QFETCH(const QByteArray, file);
     QVERIFY(writeFile(path(), file));
@@ -369,7 +369,7 @@ void TestCWav::accepted()
 }
 
 // Catches a path that is not taken as UTF-8, and a message that changes it.
-void TestCWav::pathOutsideAscii()
+void TestCWav::aPathIsTakenAsUtf8()
 {
     const QString name = path(QString::fromUtf8("Mütter stimme €.wav"));
     QVERIFY(writeFile(name, WavBytes{.data = WavBytes::samples16({1})}.bytes()));
@@ -378,7 +378,7 @@ void TestCWav::pathOutsideAscii()
     QCOMPARE(load(wav, name + "x").errors, "Unable to open WAV file: " + name.toUtf8() + "x\n");
 }
 
-void TestCWav::shortHeader_data()
+void TestCWav::aShortHeaderIsReadAsIfZerosFollowed_data()
 {
     QTest::addColumn<int>("length");
     QTest::addColumn<QByteArray>("message"); // empty: accepted
@@ -396,7 +396,7 @@ void TestCWav::shortHeader_data()
 }
 
 // Catches a short header that is refused as such, and a read of what the file did not give.
-void TestCWav::shortHeader()
+void TestCWav::aShortHeaderIsReadAsIfZerosFollowed()
 {
     QFETCH(const int, length);
     QFETCH(const QByteArray, message);
@@ -412,7 +412,7 @@ void TestCWav::shortHeader()
 }
 
 // Catches a header that is cleared before it is read: the earlier file's bytes complete it.
-void TestCWav::shortHeaderKeepsEarlierBytes()
+void TestCWav::aShortHeaderKeepsTheEarlierFilesBytes()
 {
     QVERIFY(writeFile(path(), WavBytes{.data = WavBytes::samples16({8192, -8192})}.bytes()));
     QVERIFY(writeFile(path("short.wav"), "J"));
@@ -429,7 +429,7 @@ void TestCWav::shortHeaderKeepsEarlierBytes()
     QVERIFY(wav.sampleVector.empty());
 }
 
-void TestCWav::truncated_data()
+void TestCWav::aTruncatedFileGivesNoSamples_data()
 {
     QTest::addColumn<int>("bits");
     QTest::addColumn<uint>("declaredSize");
@@ -448,7 +448,7 @@ void TestCWav::truncated_data()
 }
 
 // Catches half a sound taken for a whole one, and memory asked for on the word of a header.
-void TestCWav::truncated()
+void TestCWav::aTruncatedFileGivesNoSamples()
 {
     QFETCH(const int, bits);
     QFETCH(const uint, declaredSize);
@@ -475,7 +475,7 @@ void TestCWav::truncated()
 }
 
 // Catches a reader that takes everything up to the end of the file.
-void TestCWav::bytesBehindTheDataAreLeft()
+void TestCWav::bytesBehindTheDeclaredDataAreNotRead()
 {
     WavBytes file{.data = WavBytes::samples16({8192, -8192}), .declaredSize = 4};
     file.data += "LIST" + WavBytes::little(4, 4) + "INFO";
@@ -488,7 +488,7 @@ void TestCWav::bytesBehindTheDataAreLeft()
 }
 
 // Catches a search for the data chunk: the samples begin at byte 44, whatever stands there.
-void TestCWav::chunkBeforeTheData()
+void TestCWav::samplesBeginAtByte44WhateverChunkIsThere()
 {
     const WavBytes file{.dataTag = "LIST",
                         .data = WavBytes::samples16({4096, -4096}) + "data" +
@@ -503,7 +503,7 @@ void TestCWav::chunkBeforeTheData()
 }
 
 // Catches samples that are cleared by a file that declares none.
-void TestCWav::noDataKeepsEarlierSamples()
+void TestCWav::aFileWithoutDataKeepsTheEarlierSamples()
 {
     QVERIFY(writeFile(path(), WavBytes{.data = WavBytes::samples16({8192, -8192})}.bytes()));
     QVERIFY(writeFile(path("none.wav"), WavBytes{.sampleRate = 8000}.bytes()));
@@ -522,7 +522,7 @@ void TestCWav::noDataKeepsEarlierSamples()
 }
 
 // Catches a reader that goes back to the earlier header, or forgets the earlier samples.
-void TestCWav::rejectedHeaderIsKept()
+void TestCWav::aRefusedHeaderIsKeptBesideTheEarlierSamples()
 {
     QVERIFY(writeFile(path(), WavBytes{.data = WavBytes::samples16({8192, -8192})}.bytes()));
     QVERIFY(writeFile(path("float.wav"), WavBytes{.audioFormat = 3,
@@ -552,7 +552,7 @@ void TestCWav::rejectedHeaderIsKept()
 }
 
 // Catches samples appended to those of the earlier file, and a buffer that does not grow or shrink.
-void TestCWav::reloading()
+void TestCWav::anotherFileReplacesTheSamples()
 {
     QVERIFY(writeFile(path("8.wav"),
                       WavBytes{.bitsPerSample = 8, .data = QByteArray(50000, '\xC0')}.bytes()));
@@ -572,7 +572,7 @@ void TestCWav::reloading()
 }
 
 // Catches an earlier file's samples that stand in for those a truncated file lacks.
-void TestCWav::truncatedAfterComplete()
+void TestCWav::aTruncatedFileClearsTheEarlierSamples()
 {
     const QByteArray data = WavBytes::samples16({8192, -8192, 16384});
     QVERIFY(writeFile(path(), WavBytes{.data = data}.bytes()));
@@ -585,7 +585,7 @@ void TestCWav::truncatedAfterComplete()
     QVERIFY(wav.sampleVector.empty());
 }
 
-void TestCWav::everyCode_data()
+void TestCWav::everyCodeIsConvertedExactly_data()
 {
     QTest::addColumn<int>("bits");
     for (const int bits : {8, 16, 24})
@@ -593,7 +593,7 @@ void TestCWav::everyCode_data()
 }
 
 // Catches a conversion that is wrong, if only in the last bit or the sign of zero, for some code.
-void TestCWav::everyCode()
+void TestCWav::everyCodeIsConvertedExactly()
 {
     QFETCH(const int, bits);
     const std::uint32_t nCodes = 1U << bits;
@@ -618,14 +618,14 @@ void TestCWav::everyCode()
     }
 }
 
-void TestCWav::capacity_data()
+void TestCWav::theSampleVectorFitsTheLargestFileSoFar_data()
 {
-    everyCode_data();
+    everyCodeIsConvertedExactly_data();
 }
 
 // Catches a vector that grows beyond what a file needs, and one that is given back for a smaller
 // file.
-void TestCWav::capacity()
+void TestCWav::theSampleVectorFitsTheLargestFileSoFar()
 {
     QFETCH(const int, bits);
     CWav wav;
@@ -641,7 +641,7 @@ void TestCWav::capacity()
     }
 }
 
-void TestCWav::convertByAnotherCount_data()
+void TestCWav::convertingByAWrongCountStaysWithinTheBytes_data()
 {
     QTest::addColumn<int>("bits");
     QTest::addColumn<int>("nBytes");
@@ -677,7 +677,7 @@ void TestCWav::convertByAnotherCount_data()
 
 // Catches samples made of what lies behind the bytes when numSamples is not that of the bytes, a
 // check of it where it does not decide, and memory asked for on its word.
-void TestCWav::convertByAnotherCount()
+void TestCWav::convertingByAWrongCountStaysWithinTheBytes()
 {
     QFETCH(const int, bits);
     QFETCH(const int, nBytes);
@@ -699,7 +699,7 @@ void TestCWav::convertByAnotherCount()
     QVERIFY(wav.sampleVector.capacity() <= 10);
 }
 
-void TestCWav::convertOtherSizes_data()
+void TestCWav::convertingAnotherBitDepthClearsTheSamples_data()
 {
     QTest::addColumn<int>("bits");
     QTest::addColumn<QByteArray>("message");
@@ -710,7 +710,7 @@ void TestCWav::convertOtherSizes_data()
 }
 
 // Catches a conversion by another size, samples that survive it and a changed message.
-void TestCWav::convertOtherSizes()
+void TestCWav::convertingAnotherBitDepthClearsTheSamples()
 {
     QFETCH(const int, bits);
     QVERIFY(writeFile(path(), WavBytes{.data = WavBytes::samples16({8192, -8192})}.bytes()));
@@ -725,7 +725,7 @@ void TestCWav::convertOtherSizes()
 }
 
 // Catches a changed label, the lines in another order, and text that ends at a NUL.
-void TestCWav::displayHeader()
+void TestCWav::displayHeaderPrintsEachFieldOnItsLine()
 {
     const WavBytes file{.riff = QByteArray("R\0FF", 4),
                         .numChannels = 2,
@@ -753,7 +753,7 @@ void TestCWav::displayHeader()
 }
 
 // Catches another number of digits, samples on one line, and output for an empty object.
-void TestCWav::displayData()
+void TestCWav::displayDataPrintsOneSampleALine()
 {
     QVERIFY(writeFile(path(),
                       WavBytes{.data = WavBytes::samples16({-32768, 0, 32767, 1, -8192})}.bytes()));
@@ -767,7 +767,7 @@ void TestCWav::displayData()
 }
 
 // Catches converted samples, or a header of its own, in the place of what was read.
-void TestCWav::writeGivesTheFileBack()
+void TestCWav::writeWavGivesTheFileBack()
 {
     const QByteArray file =
         WavBytes{.riff = "abcd", .dataTag = "LIST", .data = WavBytes::samples16({1, -2, 3})}
@@ -782,7 +782,7 @@ void TestCWav::writeGivesTheFileBack()
 }
 
 // Catches an existing file that is truncated or overwritten.
-void TestCWav::writeAppends()
+void TestCWav::writeWavAppendsToAnExistingFile()
 {
     const QByteArray file = WavBytes{.data = WavBytes::samples16({1, -2, 3})}.bytes();
     QVERIFY(writeFile(path(), file));
@@ -795,7 +795,7 @@ void TestCWav::writeAppends()
 }
 
 // Catches a header field that is computed anew, and bytes beyond the size the header declares.
-void TestCWav::writeHeaderAsItStands()
+void TestCWav::writeWavWritesTheHeaderAsItStands()
 {
     WavBytes file{.data = WavBytes::samples16({1, -2, 3})};
     QVERIFY(writeFile(path(), file.bytes()));
@@ -810,7 +810,7 @@ void TestCWav::writeHeaderAsItStands()
     QCOMPARE(contents(path("copy.wav")), expected);
 }
 
-void TestCWav::writeTruncated_data()
+void TestCWav::writeWavWritesOnlyTheBytesThatWereRead_data()
 {
     QTest::addColumn<uint>("declaredSize");
     QTest::addColumn<int>("present");
@@ -821,7 +821,7 @@ void TestCWav::writeTruncated_data()
 }
 
 // Catches memory behind the buffer, or an earlier file's bytes, written for what a file lacks.
-void TestCWav::writeTruncated()
+void TestCWav::writeWavWritesOnlyTheBytesThatWereRead()
 {
     QFETCH(const uint, declaredSize);
     QFETCH(const int, present);
@@ -837,7 +837,7 @@ void TestCWav::writeTruncated()
 }
 
 // Catches a read of the buffer that was never made.
-void TestCWav::writeWithoutLoading()
+void TestCWav::writeWavWithoutLoadingWritesAHeaderOfZeros()
 {
     CWav wav;
     QVERIFY(wav.WriteWav(path("copy.wav").toStdString()));
@@ -845,7 +845,7 @@ void TestCWav::writeWithoutLoading()
 }
 
 // Catches a changed message, and success reported for a file that could not be opened.
-void TestCWav::writeNowhere()
+void TestCWav::writeWavReportsAFileItCannotOpen()
 {
     const QString name = path("no such folder/copy.wav");
     CWav wav;

@@ -25,14 +25,14 @@ class TestData : public QObject
 
 private slots:
     void initTestCase();
-    void desktopIsTheUsersDesktop();
-    void numbersOfData();
-    void pathsAndNamesOfData();
-    void switchesAndListsOfData();
-    void defaultsOfRecord();
-    void defaultsOfEntry();
-    void copiesAreIndependent();
-    void orderOfFields();
+    void theDesktopFolderIsTheUsersDesktop();
+    void dataStartsWithItsDefaultNumbers();
+    void dataStartsWithTheDesktopAndTheDefaultCode();
+    void dataStartsWithoutRecordsAndWithAllSwitchesOn();
+    void aRecordStartsWithoutAnswers();
+    void anEntryStartsUnansweredAndIncorrect();
+    void changingACopyLeavesTheOriginalAlone();
+    void fieldsAreDeclaredInTheirOrder();
 
 private:
     QTemporaryDir m_home;
@@ -49,13 +49,13 @@ void TestData::initTestCase()
 }
 
 // Catches another standard folder (documents, home) in the place of the desktop.
-void TestData::desktopIsTheUsersDesktop()
+void TestData::theDesktopFolderIsTheUsersDesktop()
 {
     QCOMPARE(desktopFolder(), m_desktop);
 }
 
 // Catches any changed default of a number.
-void TestData::numbersOfData()
+void TestData::dataStartsWithItsDefaultNumbers()
 {
     const Data data;
     QCOMPARE(data.fs, 48000.0);
@@ -77,7 +77,7 @@ void TestData::numbersOfData()
 }
 
 // Catches a path built from another folder, and a file name built from another code.
-void TestData::pathsAndNamesOfData()
+void TestData::dataStartsWithTheDesktopAndTheDefaultCode()
 {
     const Data data;
     QCOMPARE(data.desktopPath, m_desktop);
@@ -91,7 +91,7 @@ void TestData::pathsAndNamesOfData()
 }
 
 // Catches names in another order, prefilled lists and a switch that starts off.
-void TestData::switchesAndListsOfData()
+void TestData::dataStartsWithoutRecordsAndWithAllSwitchesOn()
 {
     const Data data;
     QCOMPARE(data.sesTypeNames, QStringList({"practice", "experiment"}));
@@ -105,7 +105,7 @@ void TestData::switchesAndListsOfData()
 }
 
 // Catches a tally that does not start at zero, and a category set before the first answer.
-void TestData::defaultsOfRecord()
+void TestData::aRecordStartsWithoutAnswers()
 {
     const Record record;
     QCOMPARE(record.filePath, m_desktop);
@@ -119,7 +119,7 @@ void TestData::defaultsOfRecord()
 }
 
 // Catches a trial that counts as right, or as answered, before its answer.
-void TestData::defaultsOfEntry()
+void TestData::anEntryStartsUnansweredAndIncorrect()
 {
     const Entry entry;
     QCOMPARE(entry.filePath, m_desktop);
@@ -131,7 +131,7 @@ void TestData::defaultsOfEntry()
 }
 
 // Catches lists shared by reference between two objects.
-void TestData::copiesAreIndependent()
+void TestData::changingACopyLeavesTheOriginalAlone()
 {
     Data original;
     original.records.append(Record());
@@ -145,7 +145,7 @@ void TestData::copiesAreIndependent()
 }
 
 // Catches a field that is declared in another place.
-void TestData::orderOfFields()
+void TestData::fieldsAreDeclaredInTheirOrder()
 {
     const auto ascending = [](const QList<const void *> &fields) {
         return std::adjacent_find(fields.begin(), fields.end(), std::greater_equal<>()) ==

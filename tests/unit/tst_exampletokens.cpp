@@ -16,9 +16,9 @@ class TestExampleTokens : public QObject
 
 private slots:
     void initTestCase();
-    void fourOfEachVoice();
-    void token_data();
-    void token();
+    void thereAreFourExampleTokensOfEachVoice();
+    void eachExampleTokenIsPlainMonoWithoutClicks_data();
+    void eachExampleTokenIsPlainMonoWithoutClicks();
 
 private:
     QDir m_folder;
@@ -32,7 +32,7 @@ void TestExampleTokens::initTestCase()
 }
 
 // Catches a name that the default subject code scores wrong.
-void TestExampleTokens::fourOfEachVoice()
+void TestExampleTokens::thereAreFourExampleTokensOfEachVoice()
 {
     const QStringList names = m_folder.entryList({"*.wav"}, QDir::Files);
     const auto mothers = std::count_if(names.begin(), names.end(), [](const QString &name) {
@@ -42,7 +42,7 @@ void TestExampleTokens::fourOfEachVoice()
     QCOMPARE(mothers, 4);
 }
 
-void TestExampleTokens::token_data()
+void TestExampleTokens::eachExampleTokenIsPlainMonoWithoutClicks_data()
 {
     QTest::addColumn<QString>("path");
     const QFileInfoList files = m_folder.entryInfoList({"*.wav"}, QDir::Files);
@@ -51,7 +51,7 @@ void TestExampleTokens::token_data()
 }
 
 // Catches a file with further chunks, of another format, too loud, silent, or one that clicks.
-void TestExampleTokens::token()
+void TestExampleTokens::eachExampleTokenIsPlainMonoWithoutClicks()
 {
     QFETCH(const QString, path);
     CWav wav;

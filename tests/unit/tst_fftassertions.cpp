@@ -201,9 +201,9 @@ class TestFFTAssertions : public QObject
     Q_OBJECT
 
 private slots:
-    void nothingViolated();
-    void violated_data();
-    void violated();
+    void aPermittedTransformFailsNoAssertion();
+    void eachViolationFailsItsOwnAssertion_data();
+    void eachViolationFailsItsOwnAssertion();
 
 private:
     /// Runs this program once more to commit the violation of this name, and waits for its end.
@@ -217,7 +217,7 @@ bool TestFFTAssertions::run(QProcess &process, const QString &name)
 }
 
 // Catches an assertion that fails without a reason, and a way of testing that fails always.
-void TestFFTAssertions::nothingViolated()
+void TestFFTAssertions::aPermittedTransformFailsNoAssertion()
 {
     QProcess process;
     QVERIFY(run(process, "nothing"));
@@ -226,7 +226,7 @@ void TestFFTAssertions::nothingViolated()
     QCOMPARE(process.readAllStandardError(), QByteArray());
 }
 
-void TestFFTAssertions::violated_data()
+void TestFFTAssertions::eachViolationFailsItsOwnAssertion_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QByteArray>("function");
@@ -240,7 +240,7 @@ void TestFFTAssertions::violated_data()
 
 // Catches an assertion left out or compiled away, one that lets the process go on or fails for
 // another reason, a changed text, and memory taken for a length that is refused.
-void TestFFTAssertions::violated()
+void TestFFTAssertions::eachViolationFailsItsOwnAssertion()
 {
     QFETCH(const QByteArray, text);
     QFETCH(const QByteArray, function);

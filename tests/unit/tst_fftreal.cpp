@@ -137,34 +137,34 @@ class TestFFTReal : public QObject
     Q_OBJECT
 
 private slots:
-    void allBins_data() { addLengths(0, 13); }
-    void allBins();
-    void someBins_data() { addLengths(14, 18); }
-    void someBins();
+    void noiseAgreesWithTheDefinitionInEveryBin_data() { addLengths(0, 13); }
+    void noiseAgreesWithTheDefinitionInEveryBin();
+    void longNoiseAgreesWithTheDefinitionInSomeBins_data() { addLengths(14, 18); }
+    void longNoiseAgreesWithTheDefinitionInSomeBins();
 
-    void layout_data();
-    void layout();
-    void ones_data() { addLengths(0, 15); }
-    void ones();
-    void impulse_data() { addLengths(1, 15); }
-    void impulse();
-    void waveOnABin_data();
-    void waveOnABin();
-    void linearity_data() { addLengths(0, 15); }
-    void linearity();
-    void energy_data() { addLengths(0, 16); }
-    void energy();
+    void smallInputsGiveTheBinsWorkedOutByHand_data();
+    void smallInputsGiveTheBinsWorkedOutByHand();
+    void onesGiveTheirSumInTheFirstBinAlone_data() { addLengths(0, 15); }
+    void onesGiveTheirSumInTheFirstBinAlone();
+    void anImpulseTurnsThePhaseByItsPlace_data() { addLengths(1, 15); }
+    void anImpulseTurnsThePhaseByItsPlace();
+    void aWaveOnABinAppearsInThatBinAlone_data();
+    void aWaveOnABinAppearsInThatBinAlone();
+    void theTransformIsLinear_data() { addLengths(0, 15); }
+    void theTransformIsLinear();
+    void theBinsHoldTheEnergyOfTheInput_data() { addLengths(0, 16); }
+    void theBinsHoldTheEnergyOfTheInput();
 
-    void writesOnlyTheOutput_data() { addLengths(0, 15); }
-    void writesOnlyTheOutput();
-    void sameResultAgain();
-    void allocatesNothing_data() { addLengths(0, 16); }
-    void allocatesNothing();
+    void theTransformWritesAllOfTheOutputAndNothingElse_data() { addLengths(0, 15); }
+    void theTransformWritesAllOfTheOutputAndNothingElse();
+    void theSameInputGivesTheSameResultAgain();
+    void aTransformAllocatesNothing_data() { addLengths(0, 16); }
+    void aTransformAllocatesNothing();
 
-    void tables_data() { addLengths(0, 16); }
-    void tables();
-    void oscillator();
-    void dynArray();
+    void theTablesHaveTheirSizesAndValues_data() { addLengths(0, 16); }
+    void theTablesHaveTheirSizesAndValues();
+    void theOscillatorTurnsWithoutDriftAndResets();
+    void dynArrayResizesAndSharesNothing();
 
 private:
     /// Compares the transform of noise with its definition in the given bins.
@@ -191,7 +191,7 @@ void TestFFTReal::compareWithDefinition(int bits, const std::vector<std::int64_t
 }
 
 // Catches any error of a pass or a table, in the version for this processor and in that for all.
-void TestFFTReal::allBins()
+void TestFFTReal::noiseAgreesWithTheDefinitionInEveryBin()
 {
     QFETCH(const int, bits);
     std::vector<std::int64_t> bins((std::size_t(1) << bits) / 2 + 1);
@@ -200,7 +200,7 @@ void TestFFTReal::allBins()
 }
 
 // Catches an oscillator that drifts or belongs to another pass, up to lengths of 2^18.
-void TestFFTReal::someBins()
+void TestFFTReal::longNoiseAgreesWithTheDefinitionInSomeBins()
 {
     QFETCH(const int, bits);
     const std::int64_t length = std::int64_t(1) << bits;
@@ -213,7 +213,7 @@ void TestFFTReal::someBins()
     compareWithDefinition(bits, bins);
 }
 
-void TestFFTReal::layout_data()
+void TestFFTReal::smallInputsGiveTheBinsWorkedOutByHand_data()
 {
     QTest::addColumn<Values>("input");
     QTest::addColumn<Values>("expected");
@@ -233,7 +233,7 @@ void TestFFTReal::layout_data()
 }
 
 // Catches bins at other places, a scale, and imaginary parts with the other sign.
-void TestFFTReal::layout()
+void TestFFTReal::smallInputsGiveTheBinsWorkedOutByHand()
 {
     QFETCH(const Values, input);
     QFETCH(const Values, expected);
@@ -241,7 +241,7 @@ void TestFFTReal::layout()
 }
 
 // Catches a normalisation, and rounding where there is none: the result is exact.
-void TestFFTReal::ones()
+void TestFFTReal::onesGiveTheirSumInTheFirstBinAlone()
 {
     QFETCH(const int, bits);
     const qsizetype length = qsizetype(1) << bits;
@@ -251,7 +251,7 @@ void TestFFTReal::ones()
 }
 
 // Catches a value read from the place of another one: where it is, an impulse turns the phase.
-void TestFFTReal::impulse()
+void TestFFTReal::anImpulseTurnsThePhaseByItsPlace()
 {
     QFETCH(const int, bits);
     const qsizetype length = qsizetype(1) << bits;
@@ -272,7 +272,7 @@ void TestFFTReal::impulse()
     }
 }
 
-void TestFFTReal::waveOnABin_data()
+void TestFFTReal::aWaveOnABinAppearsInThatBinAlone_data()
 {
     QTest::addColumn<int>("bits");
     QTest::addColumn<qsizetype>("cycles");
@@ -287,7 +287,7 @@ void TestFFTReal::waveOnABin_data()
 }
 
 // Catches real and imaginary parts taken for each other, and what leaks to other bins.
-void TestFFTReal::waveOnABin()
+void TestFFTReal::aWaveOnABinAppearsInThatBinAlone()
 {
     QFETCH(const int, bits);
     QFETCH(const qsizetype, cycles);
@@ -311,7 +311,7 @@ void TestFFTReal::waveOnABin()
 }
 
 // Catches an operation that is no sum of the input's values.
-void TestFFTReal::linearity()
+void TestFFTReal::theTransformIsLinear()
 {
     QFETCH(const int, bits);
     const qsizetype length = qsizetype(1) << bits;
@@ -330,7 +330,7 @@ void TestFFTReal::linearity()
 }
 
 // Catches a bin that is missing or counted twice: Parseval's theorem.
-void TestFFTReal::energy()
+void TestFFTReal::theBinsHoldTheEnergyOfTheInput()
 {
     QFETCH(const int, bits);
     const qsizetype length = qsizetype(1) << bits;
@@ -348,7 +348,7 @@ void TestFFTReal::energy()
 }
 
 // Catches a changed input, and values written beside the output or left out in it.
-void TestFFTReal::writesOnlyTheOutput()
+void TestFFTReal::theTransformWritesAllOfTheOutputAndNothingElse()
 {
     QFETCH(const int, bits);
     const qsizetype length = qsizetype(1) << bits;
@@ -365,7 +365,7 @@ void TestFFTReal::writesOnlyTheOutput()
 }
 
 // Catches a result that depends on what an earlier transform left in the scratch space.
-void TestFFTReal::sameResultAgain()
+void TestFFTReal::theSameInputGivesTheSameResultAgain()
 {
     const qsizetype length = 16384;
     const Values input = noise(length, 5);
@@ -381,7 +381,7 @@ void TestFFTReal::sameResultAgain()
 }
 
 // Catches a buffer or table made at every transform. The constructor shows that the count works.
-void TestFFTReal::allocatesNothing()
+void TestFFTReal::aTransformAllocatesNothing()
 {
     QFETCH(const int, bits);
     const qsizetype length = qsizetype(1) << bits;
@@ -398,7 +398,7 @@ void TestFFTReal::allocatesNothing()
 }
 
 // Catches tables of another size, order or content.
-void TestFFTReal::tables()
+void TestFFTReal::theTablesHaveTheirSizesAndValues()
 {
     QFETCH(const int, bits);
     const qsizetype length = qsizetype(1) << bits;
@@ -439,7 +439,7 @@ void TestFFTReal::tables()
 }
 
 // Catches a turn in the other direction, a drift beyond rounding and a reset that keeps an angle.
-void TestFFTReal::oscillator()
+void TestFFTReal::theOscillatorTurnsWithoutDriftAndResets()
 {
     const int steps = 4096;
     const Real angle = std::numbers::pi_v<Real> / 2 / steps;
@@ -459,7 +459,7 @@ void TestFFTReal::oscillator()
 }
 
 // Catches a size that lags behind the elements, and elements that two arrays share.
-void TestFFTReal::dynArray()
+void TestFFTReal::dynArrayResizesAndSharesNothing()
 {
     DynArray<int> array;
     QCOMPARE(array.size(), 0);

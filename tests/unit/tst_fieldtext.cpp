@@ -12,13 +12,13 @@ class TestFieldText : public QObject
 
 private slots:
     void initTestCase();
-    void wholeNumber_data();
-    void wholeNumber();
-    void durationShown_data();
-    void durationShown();
-    void durationRead_data();
-    void durationRead();
-    void durationThroughTheField();
+    void aTextThatIsNoWholeNumberReadsAsZero_data();
+    void aTextThatIsNoWholeNumberReadsAsZero();
+    void aDurationIsShownInMillisecondsToThreeDecimals_data();
+    void aDurationIsShownInMillisecondsToThreeDecimals();
+    void aTextInMillisecondsIsReadAsSeconds_data();
+    void aTextInMillisecondsIsReadAsSeconds();
+    void aDurationComesBackAsTheFieldShowsIt();
 };
 
 // A locale with a decimal comma shows whether the texts depend on the user's language.
@@ -27,7 +27,7 @@ void TestFieldText::initTestCase()
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
 }
 
-void TestFieldText::wholeNumber_data()
+void TestFieldText::aTextThatIsNoWholeNumberReadsAsZero_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("expected");
@@ -51,13 +51,13 @@ void TestFieldText::wholeNumber_data()
 }
 
 // Catches a partial parse, a wrapped overflow and another base.
-void TestFieldText::wholeNumber()
+void TestFieldText::aTextThatIsNoWholeNumberReadsAsZero()
 {
     QFETCH(const QString, text);
     QTEST(intOrZero(text), "expected");
 }
 
-void TestFieldText::durationShown_data()
+void TestFieldText::aDurationIsShownInMillisecondsToThreeDecimals_data()
 {
     QTest::addColumn<double>("seconds");
     QTest::addColumn<QString>("expected");
@@ -71,13 +71,13 @@ void TestFieldText::durationShown_data()
 }
 
 // Catches seconds shown as they are, another precision, an exponent and a decimal comma.
-void TestFieldText::durationShown()
+void TestFieldText::aDurationIsShownInMillisecondsToThreeDecimals()
 {
     QFETCH(const double, seconds);
     QTEST(millisecondsText(seconds), "expected");
 }
 
-void TestFieldText::durationRead_data()
+void TestFieldText::aTextInMillisecondsIsReadAsSeconds_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<double>("expected");
@@ -93,14 +93,14 @@ void TestFieldText::durationRead_data()
 }
 
 // Catches a text taken as seconds, and a text that half parses.
-void TestFieldText::durationRead()
+void TestFieldText::aTextInMillisecondsIsReadAsSeconds()
 {
     QFETCH(const QString, text);
     QTEST(secondsOfMillisecondsText(text), "expected");
 }
 
 // Catches a duration that keeps more digits than the field shows.
-void TestFieldText::durationThroughTheField()
+void TestFieldText::aDurationComesBackAsTheFieldShowsIt()
 {
     QCOMPARE(secondsOfMillisecondsText(millisecondsText(12001 / 48000.0)), 0.250021);
 }

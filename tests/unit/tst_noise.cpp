@@ -27,14 +27,14 @@ class TestNoise : public QObject
     Q_OBJECT
 
 private slots:
-    void noiseIsExactInAFile();
-    void tokenIsFound_data();
-    void tokenIsFound();
+    void aFileHoldsTheNoiseExactly();
+    void findTokenTellsWhatWasHeardOfAToken_data();
+    void findTokenTellsWhatWasHeardOfAToken();
 };
 
 // Catches noise that is not heard as it was written: silent samples, and samples that the file or
 // the output rounds.
-void TestNoise::noiseIsExactInAFile()
+void TestNoise::aFileHoldsTheNoiseExactly()
 {
     const QList<double> samples = noise(200000, 7);
     const QByteArray file = wavBytes(samples);
@@ -49,7 +49,7 @@ void TestNoise::noiseIsExactInAFile()
     QVERIFY(noise(200000, 8) != samples);
 }
 
-void TestNoise::tokenIsFound_data()
+void TestNoise::findTokenTellsWhatWasHeardOfAToken_data()
 {
     QTest::addColumn<QList<double>>("recording");
     QTest::addColumn<QString>("text");
@@ -99,7 +99,7 @@ void TestNoise::tokenIsFound_data()
 
 // Catches a cut taken for a gap or a gap for the whole, another sound taken for the token, and a
 // part of it that is missed or found elsewhere.
-void TestNoise::tokenIsFound()
+void TestNoise::findTokenTellsWhatWasHeardOfAToken()
 {
     QFETCH(const QList<double>, recording);
     const std::vector<float> samples(recording.begin(), recording.end());

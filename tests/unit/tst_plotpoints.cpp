@@ -8,13 +8,13 @@ class TestPlotPoints : public QObject
     Q_OBJECT
 
 private slots:
-    void points_data();
-    void points();
-    void range_data();
-    void range();
+    void pointsPairTheFirstValuesOfBothLists_data();
+    void pointsPairTheFirstValuesOfBothLists();
+    void theRangeGoesFromTheLeastToTheLargestValue_data();
+    void theRangeGoesFromTheLeastToTheLargestValue();
 };
 
-void TestPlotPoints::points_data()
+void TestPlotPoints::pointsPairTheFirstValuesOfBothLists_data()
 {
     QTest::addColumn<QList<double>>("x");
     QTest::addColumn<QList<double>>("y");
@@ -35,7 +35,7 @@ void TestPlotPoints::points_data()
 }
 
 // Catches a read beyond the shorter list, a point too many or too few, and exchanged coordinates.
-void TestPlotPoints::points()
+void TestPlotPoints::pointsPairTheFirstValuesOfBothLists()
 {
     QFETCH(const QList<double>, x);
     QFETCH(const QList<double>, y);
@@ -43,7 +43,7 @@ void TestPlotPoints::points()
     QTEST(plotPoints(x, y, n), "points");
 }
 
-void TestPlotPoints::range_data()
+void TestPlotPoints::theRangeGoesFromTheLeastToTheLargestValue_data()
 {
     QTest::addColumn<QList<double>>("values");
     QTest::addColumn<Range>("range");
@@ -57,7 +57,7 @@ void TestPlotPoints::range_data()
 
 // Catches a range that always takes in 0, an extreme that is missed at an end, and a read from an
 // empty list.
-void TestPlotPoints::range()
+void TestPlotPoints::theRangeGoesFromTheLeastToTheLargestValue()
 {
     QFETCH(const QList<double>, values);
     QTEST(valueRange(values), "range");

@@ -8,11 +8,11 @@ class TestPresentationDelay : public QObject
     Q_OBJECT
 
 private slots:
-    void delay_data();
-    void delay();
+    void theDelayIsSoundPlusIntervalCutToMilliseconds_data();
+    void theDelayIsSoundPlusIntervalCutToMilliseconds();
 };
 
-void TestPresentationDelay::delay_data()
+void TestPresentationDelay::theDelayIsSoundPlusIntervalCutToMilliseconds_data()
 {
     QTest::addColumn<double>("soundDuration");
     QTest::addColumn<double>("silentInterval");
@@ -27,7 +27,7 @@ void TestPresentationDelay::delay_data()
 }
 
 // Catches rounding, a missing interval and a delay in another unit.
-void TestPresentationDelay::delay()
+void TestPresentationDelay::theDelayIsSoundPlusIntervalCutToMilliseconds()
 {
     QFETCH(const double, soundDuration);
     QFETCH(const double, silentInterval);

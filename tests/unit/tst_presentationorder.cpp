@@ -25,18 +25,18 @@ class TestPresentationOrder : public QObject
     Q_OBJECT
 
 private slots:
-    void count_data();
-    void count();
-    void eachTokenAsOftenAsAsked_data();
-    void eachTokenAsOftenAsAsked();
-    void nothingToPresent();
-    void seedDecides();
-    void permutationsAreEquallyLikely();
-    void placesAreEquallyLikely();
-    void repeatsMayFollowEachOther();
+    void thePresentationCountIsTheProductUpToALimit_data();
+    void thePresentationCountIsTheProductUpToALimit();
+    void eachTokenComesAsOftenAsAsked_data();
+    void eachTokenComesAsOftenAsAsked();
+    void theOrderIsEmptyWithoutTokensOrTimes();
+    void theSeedAloneDecidesTheOrder();
+    void allOrdersAreEquallyLikely();
+    void eachTokenIsEquallyLikelyInEachPlace();
+    void aTokenMayFollowItself();
 };
 
-void TestPresentationOrder::count_data()
+void TestPresentationOrder::thePresentationCountIsTheProductUpToALimit_data()
 {
     constexpr int largest = std::numeric_limits<int>::max();
     QTest::addColumn<int>("nTokens");
@@ -58,14 +58,14 @@ void TestPresentationOrder::count_data()
 }
 
 // Catches a product formed in 32 bits, and a limit that is off by one.
-void TestPresentationOrder::count()
+void TestPresentationOrder::thePresentationCountIsTheProductUpToALimit()
 {
     QFETCH(const int, nTokens);
     QFETCH(const int, nTimes);
     QTEST(presentationCount(nTokens, nTimes).value_or(-1), "expected");
 }
 
-void TestPresentationOrder::eachTokenAsOftenAsAsked_data()
+void TestPresentationOrder::eachTokenComesAsOftenAsAsked_data()
 {
     QTest::addColumn<int>("nTokens");
     QTest::addColumn<int>("nTimes");
@@ -78,7 +78,7 @@ void TestPresentationOrder::eachTokenAsOftenAsAsked_data()
 }
 
 // Catches a shuffle that loses, repeats or invents a token.
-void TestPresentationOrder::eachTokenAsOftenAsAsked()
+void TestPresentationOrder::eachTokenComesAsOftenAsAsked()
 {
     QFETCH(const int, nTokens);
     QFETCH(const int, nTimes);
@@ -91,7 +91,7 @@ void TestPresentationOrder::eachTokenAsOftenAsAsked()
 }
 
 // Catches a read of the first element, or an endless loop, where there is nothing to shuffle.
-void TestPresentationOrder::nothingToPresent()
+void TestPresentationOrder::theOrderIsEmptyWithoutTokensOrTimes()
 {
     QVERIFY(presentationOrder(0, 3, 1).isEmpty());
     QVERIFY(presentationOrder(3, 0, 1).isEmpty());
@@ -100,7 +100,7 @@ void TestPresentationOrder::nothingToPresent()
 }
 
 // Catches a seed that is not used, and a hidden second source of chance.
-void TestPresentationOrder::seedDecides()
+void TestPresentationOrder::theSeedAloneDecidesTheOrder()
 {
     const QList<int> order = presentationOrder(20, 1, 42);
     QCOMPARE(presentationOrder(20, 1, 42), order);
@@ -114,7 +114,7 @@ void TestPresentationOrder::seedDecides()
 // Catches a biased shuffle: drawing from all places at every step makes some of the 24 orders of
 // four tokens almost twice as frequent as others, a statistic of several hundred. A fair one stays
 // below 60 in all but one of 30,000 series.
-void TestPresentationOrder::permutationsAreEquallyLikely()
+void TestPresentationOrder::allOrdersAreEquallyLikely()
 {
     constexpr int perOrder = 1000;
     constexpr int nOrders = 24;
@@ -128,7 +128,7 @@ void TestPresentationOrder::permutationsAreEquallyLikely()
 }
 
 // Catches a last place that keeps its token, and a draw that leaves out one of its ends.
-void TestPresentationOrder::placesAreEquallyLikely()
+void TestPresentationOrder::eachTokenIsEquallyLikelyInEachPlace()
 {
     constexpr int nTokens = 10;
     constexpr int perPlace = 1000;
@@ -146,7 +146,7 @@ void TestPresentationOrder::placesAreEquallyLikely()
 }
 
 // Catches a shuffle within each round only, which would keep the halves apart.
-void TestPresentationOrder::repeatsMayFollowEachOther()
+void TestPresentationOrder::aTokenMayFollowItself()
 {
     int adjacent = 0;
     int repeatedInFirstHalf = 0;

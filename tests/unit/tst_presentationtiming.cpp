@@ -12,13 +12,13 @@ class TestPresentationTiming : public QObject
     Q_OBJECT
 
 private slots:
-    void ofAStream();
-    void problem_data();
-    void problem();
+    void theTimingIsTakenFromTheStreamsMoments();
+    void aTimingBeyondItsLimitIsReported_data();
+    void aTimingBeyondItsLimitIsReported();
 };
 
 // Catches a figure that is taken from another moment, counted from another one, or in another unit.
-void TestPresentationTiming::ofAStream()
+void TestPresentationTiming::theTimingIsTakenFromTheStreamsMoments()
 {
     StreamProgress progress;
     const StreamProgress::Time due = 1h;
@@ -42,7 +42,7 @@ void TestPresentationTiming::ofAStream()
     QCOMPARE(timing.longestBlindness, 43.0);
 }
 
-void TestPresentationTiming::problem_data()
+void TestPresentationTiming::aTimingBeyondItsLimitIsReported_data()
 {
     QTest::addColumn<double>("clockStart");
     QTest::addColumn<double>("serverDelay");
@@ -68,7 +68,7 @@ void TestPresentationTiming::problem_data()
 }
 
 // Catches a limit moved to either side, and a figure that is left out.
-void TestPresentationTiming::problem()
+void TestPresentationTiming::aTimingBeyondItsLimitIsReported()
 {
     QFETCH(const double, clockStart);
     QFETCH(const double, serverDelay);

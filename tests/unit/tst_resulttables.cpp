@@ -72,21 +72,21 @@ class TestResultTables : public QObject
 
 private slots:
     void initTestCase();
-    void recordsTable();
-    void recordsTableLineEnds_data();
-    void recordsTableLineEnds();
-    void entriesTable();
-    void oneEntryHasNoLineEnd();
-    void emptyTables();
-    void textIsUtf8AndUnquoted();
-    void numbers_data();
-    void numbers();
-    void parameters();
-    void everyParameterHasItsLine();
-    void proposedName_data();
-    void proposedName();
-    void companionName_data();
-    void companionName();
+    void theRecordsTableHasAHeaderAndALinePerToken();
+    void recordLineEndsGoByTheNumberOfEntries_data();
+    void recordLineEndsGoByTheNumberOfEntries();
+    void theEntriesTableHasALinePerTrial();
+    void aSingleEntryHasNoLineEnd();
+    void anEmptyTableHasNoHeader();
+    void textsAreWrittenInUtf8WithoutQuotes();
+    void numbersHaveSixDigitsInEveryFile_data();
+    void numbersHaveSixDigitsInEveryFile();
+    void theParametersFileHasItsLinesInOrder();
+    void eachParameterIsWrittenOnItsOwnLine();
+    void theProposedNameHoldsCodeTypeAndPaddedNumber_data();
+    void theProposedNameHoldsCodeTypeAndPaddedNumber();
+    void aCompanionIsNamedAfterTheRecordsFile_data();
+    void aCompanionIsNamedAfterTheRecordsFile();
 };
 
 // A locale with a decimal comma and grouped thousands shows whether the files depend on it.
@@ -96,7 +96,7 @@ void TestResultTables::initTestCase()
 }
 
 // Catches another order of columns, another separator and a changed header.
-void TestResultTables::recordsTable()
+void TestResultTables::theRecordsTableHasAHeaderAndALinePerToken()
 {
     const QList<Record> records = {record("MOV001_01.wav", 3, 1, 800, 700, 1100),
                                    record("MOV002_01.wav", 0, 4, 512.25, 512.25, 0)};
@@ -105,7 +105,7 @@ void TestResultTables::recordsTable()
                                       "MOV002_01.wav\t0\t4\t512.25\t512.25\t0\n");
 }
 
-void TestResultTables::recordsTableLineEnds_data()
+void TestResultTables::recordLineEndsGoByTheNumberOfEntries_data()
 {
     QTest::addColumn<int>("nEntries");
     QTest::addColumn<QByteArray>("expected");
@@ -123,7 +123,7 @@ void TestResultTables::recordsTableLineEnds_data()
 }
 
 // Catches the number of records in the place of the number of entries, and an unsigned comparison.
-void TestResultTables::recordsTableLineEnds()
+void TestResultTables::recordLineEndsGoByTheNumberOfEntries()
 {
     QFETCH(const int, nEntries);
     const QList<Record> records = {record("a.wav", 0, 0, 0, 0, 0), record("b.wav", 0, 0, 0, 0, 0),
@@ -132,7 +132,7 @@ void TestResultTables::recordsTableLineEnds()
 }
 
 // Catches another order of columns, "true" for 1 and a line end after the last line.
-void TestResultTables::entriesTable()
+void TestResultTables::theEntriesTableHasALinePerTrial()
 {
     const QList<Entry> entries = {entry("MOV001_01.wav", "mother", "mother", 512),
                                   entry("MOV002_01.wav", "stranger", "mother", 1234.5678), Entry()};
@@ -143,14 +143,14 @@ void TestResultTables::entriesTable()
 }
 
 // Catches a line end after the only line.
-void TestResultTables::oneEntryHasNoLineEnd()
+void TestResultTables::aSingleEntryHasNoLineEnd()
 {
     QCOMPARE(entriesFile({entry("a.wav", "mother", "mother", 1)}),
              "filename\tstim\tresp\tcorrectness\trt\na.wav\tmother\tmother\t1\t1");
 }
 
 // Catches a header over an empty table.
-void TestResultTables::emptyTables()
+void TestResultTables::anEmptyTableHasNoHeader()
 {
     QCOMPARE(recordsFile({}, 0), QByteArray());
     QCOMPARE(recordsFile({}, 4), QByteArray());
@@ -158,7 +158,7 @@ void TestResultTables::emptyTables()
 }
 
 // Catches another encoding, and quotes or escapes around unusual names.
-void TestResultTables::textIsUtf8AndUnquoted()
+void TestResultTables::textsAreWrittenInUtf8WithoutQuotes()
 {
     const QString name = QString::fromUtf8("Mütter \"1\", a;b.wav");
     QCOMPARE(entriesFile({entry(name, "mother", "mother", 1)}),
@@ -166,7 +166,7 @@ void TestResultTables::textIsUtf8AndUnquoted()
              "M\xC3\xBCtter \"1\", a;b.wav\tmother\tmother\t1\t1");
 }
 
-void TestResultTables::numbers_data()
+void TestResultTables::numbersHaveSixDigitsInEveryFile_data()
 {
     QTest::addColumn<double>("number");
     QTest::addColumn<QByteArray>("expected");
@@ -184,7 +184,7 @@ void TestResultTables::numbers_data()
 }
 
 // Catches another notation or precision in any of the three files, and a decimal comma.
-void TestResultTables::numbers()
+void TestResultTables::numbersHaveSixDigitsInEveryFile()
 {
     QFETCH(const double, number);
     QFETCH(const QByteArray, expected);
@@ -197,7 +197,7 @@ void TestResultTables::numbers()
 }
 
 // Catches a missing, renamed or moved line, and a line end after the last.
-void TestResultTables::parameters()
+void TestResultTables::theParametersFileHasItsLinesInOrder()
 {
     Data data;
     data.alwaysPlotEntireWaveformFlag = 1;
@@ -217,7 +217,7 @@ void TestResultTables::parameters()
 }
 
 // Catches a line that writes another field's value: every value differs here.
-void TestResultTables::everyParameterHasItsLine()
+void TestResultTables::eachParameterIsWrittenOnItsOwnLine()
 {
     Data data;
     data.fs = 44100;
@@ -275,7 +275,7 @@ void TestResultTables::everyParameterHasItsLine()
     QVERIFY(parametersFile(data).endsWith("saveData: 1\nfeedBack: 0\nautoPlay: 0"));
 }
 
-void TestResultTables::proposedName_data()
+void TestResultTables::theProposedNameHoldsCodeTypeAndPaddedNumber_data()
 {
     QTest::addColumn<QString>("subCode");
     QTest::addColumn<int>("sesTypeIndex");
@@ -292,7 +292,7 @@ void TestResultTables::proposedName_data()
 }
 
 // Catches a number without padding or cut to three digits, and the wrong session type.
-void TestResultTables::proposedName()
+void TestResultTables::theProposedNameHoldsCodeTypeAndPaddedNumber()
 {
     QFETCH(const QString, subCode);
     QFETCH(const int, sesTypeIndex);
@@ -304,7 +304,7 @@ void TestResultTables::proposedName()
     QTEST(proposedFileName(data), "expected");
 }
 
-void TestResultTables::companionName_data()
+void TestResultTables::aCompanionIsNamedAfterTheRecordsFile_data()
 {
     QTest::addColumn<QString>("recordsFile");
     QTest::addColumn<QString>("topic");
@@ -331,7 +331,7 @@ void TestResultTables::companionName_data()
 }
 
 // Catches a name cut at the first dot, a dropped dot and a folder in the name.
-void TestResultTables::companionName()
+void TestResultTables::aCompanionIsNamedAfterTheRecordsFile()
 {
     QFETCH(const QString, recordsFile);
     QFETCH(const QString, topic);

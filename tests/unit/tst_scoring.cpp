@@ -14,17 +14,17 @@ class TestScoring : public QObject
     Q_OBJECT
 
 private slots:
-    void oneAnswer_data();
-    void oneAnswer();
-    void entryKeepsItsFile();
-    void answersAddUp();
-    void means_data();
-    void means();
-    void meansFollowTheAnswers();
-    void wholeSessions();
+    void anAnswerIsScoredInItsEntryAndRecord_data();
+    void anAnswerIsScoredInItsEntryAndRecord();
+    void scoringKeepsTheFileAndReplacesTheScore();
+    void answersAddUpInTheRecord();
+    void meansDivideEachSumByItsOwnCount_data();
+    void meansDivideEachSumByItsOwnCount();
+    void meansGoByTheCategoryOfTheScores();
+    void randomSessionsAgreeWithASecondWayOfCounting();
 };
 
-void TestScoring::oneAnswer_data()
+void TestScoring::anAnswerIsScoredInItsEntryAndRecord_data()
 {
     QTest::addColumn<Category>("stimulus");
     QTest::addColumn<Category>("answer");
@@ -43,7 +43,7 @@ void TestScoring::oneAnswer_data()
 }
 
 // Catches exchanged answers, a count on the wrong side and a time in the wrong sum.
-void TestScoring::oneAnswer()
+void TestScoring::anAnswerIsScoredInItsEntryAndRecord()
 {
     QFETCH(const Category, stimulus);
     QFETCH(const Category, answer);
@@ -67,7 +67,7 @@ void TestScoring::oneAnswer()
 }
 
 // Catches a score that overwrites which token was played, or keeps an earlier answer.
-void TestScoring::entryKeepsItsFile()
+void TestScoring::scoringKeepsTheFileAndReplacesTheScore()
 {
     Entry entry;
     entry.filePath = "tokens";
@@ -86,7 +86,7 @@ void TestScoring::entryKeepsItsFile()
 }
 
 // Catches sums that are replaced in place of added to.
-void TestScoring::answersAddUp()
+void TestScoring::answersAddUpInTheRecord()
 {
     Record record;
     const QList<double> mothers = {500.0, 700.0, 900.0};
@@ -104,7 +104,7 @@ void TestScoring::answersAddUp()
     QCOMPARE(record.rt_incorrect, 1100.0);
 }
 
-void TestScoring::means_data()
+void TestScoring::meansDivideEachSumByItsOwnCount_data()
 {
     QTest::addColumn<QString>("filename");
     QTest::addColumn<QString>("subCode");
@@ -152,7 +152,7 @@ void TestScoring::means_data()
 }
 
 // Catches a division by the other count, an integer division and a division by zero.
-void TestScoring::means()
+void TestScoring::meansDivideEachSumByItsOwnCount()
 {
     QFETCH(const QString, filename);
     QFETCH(const QString, subCode);
@@ -176,7 +176,7 @@ void TestScoring::means()
 }
 
 // Catches a category rule that differs between the scoring and the means.
-void TestScoring::meansFollowTheAnswers()
+void TestScoring::meansGoByTheCategoryOfTheScores()
 {
     for (const QString name : {"MOV001_01.wav", "MOV002_01.wav"}) {
         const Category category = tokenCategory(name, "CHD001");
@@ -197,7 +197,7 @@ void TestScoring::meansFollowTheAnswers()
 
 // Catches a score that is right for an answer alone and wrong in a session of them, and an oracle
 // of sessions that is wrong itself: the same answers are counted in two ways.
-void TestScoring::wholeSessions()
+void TestScoring::randomSessionsAgreeWithASecondWayOfCounting()
 {
     const QStringList names = {"MOV001_01.wav", "MOV001_02.wav", "MOV002_01.wav", "MOV002_02.wav"};
     QRandomGenerator random(1);

@@ -8,11 +8,11 @@ class TestServerPeriod : public QObject
     Q_OBJECT
 
 private slots:
-    void environment_data();
-    void environment();
+    void aPeriodIsRequestedWithoutLosingTheUsersSettings_data();
+    void aPeriodIsRequestedWithoutLosingTheUsersSettings();
 };
 
-void TestServerPeriod::environment_data()
+void TestServerPeriod::aPeriodIsRequestedWithoutLosingTheUsersSettings_data()
 {
     QTest::addColumn<QByteArray>("pulseBefore");
     QTest::addColumn<QByteArray>("pipewireBefore");
@@ -36,7 +36,7 @@ void TestServerPeriod::environment_data()
 
 // Catches a property that is not asked for, one of the user's that is lost, and one that is asked
 // for again by each window.
-void TestServerPeriod::environment()
+void TestServerPeriod::aPeriodIsRequestedWithoutLosingTheUsersSettings()
 {
     QFETCH(const QByteArray, pulseBefore);
     QFETCH(const QByteArray, pipewireBefore);

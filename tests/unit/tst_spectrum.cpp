@@ -31,26 +31,26 @@ class TestSpectrum : public QObject
     Q_OBJECT
 
 private slots:
-    void window_data();
-    void window();
-    void windowShorterThanTheList();
-    void windowOfNothing();
+    void aWindowWeightsTheSamplesByItsType_data();
+    void aWindowWeightsTheSamplesByItsType();
+    void aWindowShorterThanTheListRepeats();
+    void aWindowOverNoSamplesDoesNothing();
 
-    void sizes_data();
-    void sizes();
-    void frequencies();
-    void sineOnABin_data();
-    void sineOnABin();
-    void phaseOfACosine();
-    void firstBinTakesTheNyquistTerm_data();
-    void firstBinTakesTheNyquistTerm();
-    void scale_data();
-    void scale();
-    void zeroPadding();
-    void longerThanTheTransform();
+    void aSpectrumHasHalfAsManyBinsAsPoints_data();
+    void aSpectrumHasHalfAsManyBinsAsPoints();
+    void frequenciesRiseFromZeroInEqualSteps();
+    void aSineOnABinShowsItsAmplitudeInThatBin_data();
+    void aSineOnABinShowsItsAmplitudeInThatBin();
+    void aCosineShowsItsPhaseInRadians();
+    void theFirstBinTakesInTheNyquistTerm_data();
+    void theFirstBinTakesInTheNyquistTerm();
+    void amplitudesAreScaledByHalfTheTokensLength_data();
+    void amplitudesAreScaledByHalfTheTokensLength();
+    void aShortTokenIsPaddedWithZeros();
+    void samplesBehindTheTransformDoNotCount();
 };
 
-void TestSpectrum::window_data()
+void TestSpectrum::aWindowWeightsTheSamplesByItsType_data()
 {
     QTest::addColumn<int>("type");
     QTest::addColumn<QList<double>>("weights");
@@ -63,7 +63,7 @@ void TestSpectrum::window_data()
 
 // Catches weights of another kind of window, and a kind that does not exist taken for one that
 // does.
-void TestSpectrum::window()
+void TestSpectrum::aWindowWeightsTheSamplesByItsType()
 {
     QFETCH(const int, type);
     QFETCH(const QList<double>, weights);
@@ -76,7 +76,7 @@ void TestSpectrum::window()
 }
 
 // Catches a window as long as the list: it has the token's length, and repeats behind it.
-void TestSpectrum::windowShorterThanTheList()
+void TestSpectrum::aWindowShorterThanTheListRepeats()
 {
     QList<double> weighted(8, 1.0);
     applyWindow(weighted, 5, 1);
@@ -87,7 +87,7 @@ void TestSpectrum::windowShorterThanTheList()
 }
 
 // Catches a division by a length of 0 and a list that grows.
-void TestSpectrum::windowOfNothing()
+void TestSpectrum::aWindowOverNoSamplesDoesNothing()
 {
     QList<double> samples;
     for (const int type : {0, 1, 2}) {
@@ -96,7 +96,7 @@ void TestSpectrum::windowOfNothing()
     }
 }
 
-void TestSpectrum::sizes_data()
+void TestSpectrum::aSpectrumHasHalfAsManyBinsAsPoints_data()
 {
     QTest::addColumn<qint64>("nFFT");
     QTest::addColumn<qsizetype>("nBins");
@@ -109,7 +109,7 @@ void TestSpectrum::sizes_data()
 }
 
 // Catches lists that do not have one value for each bin below half the rate.
-void TestSpectrum::sizes()
+void TestSpectrum::aSpectrumHasHalfAsManyBinsAsPoints()
 {
     QFETCH(const qint64, nFFT);
     QFETCH(const qsizetype, nBins);
@@ -121,13 +121,13 @@ void TestSpectrum::sizes()
 }
 
 // Catches a bin that is counted from 1, or another distance between two.
-void TestSpectrum::frequencies()
+void TestSpectrum::frequenciesRiseFromZeroInEqualSteps()
 {
     const Spectrum spectrum = amplitudeSpectrum(QList<double>(8, 0.0), 8, 8, 48000.0 / 8);
     QCOMPARE(spectrum.frequencies, (QList<double>{0, 6000, 12000, 18000}));
 }
 
-void TestSpectrum::sineOnABin_data()
+void TestSpectrum::aSineOnABinShowsItsAmplitudeInThatBin_data()
 {
     QTest::addColumn<qsizetype>("n");
     QTest::addColumn<qsizetype>("bin");
@@ -142,7 +142,7 @@ void TestSpectrum::sineOnABin_data()
 
 // Catches an amplitude or a phase of another scale, and a sine that leaks into other bins: one that
 // fills the token is shown as it is.
-void TestSpectrum::sineOnABin()
+void TestSpectrum::aSineOnABinShowsItsAmplitudeInThatBin()
 {
     QFETCH(const qsizetype, n);
     QFETCH(const qsizetype, bin);
@@ -155,7 +155,7 @@ void TestSpectrum::sineOnABin()
 }
 
 // Catches a phase of the other sign, in another unit or counted from the sine.
-void TestSpectrum::phaseOfACosine()
+void TestSpectrum::aCosineShowsItsPhaseInRadians()
 {
     for (const double phase : {0.0, 0.5, -0.5, 3.0, -3.0}) {
         const auto samples = sine(256, 7, 256, phase + pi / 2);
@@ -164,7 +164,7 @@ void TestSpectrum::phaseOfACosine()
     }
 }
 
-void TestSpectrum::firstBinTakesTheNyquistTerm_data()
+void TestSpectrum::theFirstBinTakesInTheNyquistTerm_data()
 {
     QTest::addColumn<QList<double>>("samples");
     QTest::addColumn<double>("amplitude");
@@ -178,7 +178,7 @@ void TestSpectrum::firstBinTakesTheNyquistTerm_data()
 }
 
 // Catches a first bin that leaves out what stands at half the rate, or shows it elsewhere.
-void TestSpectrum::firstBinTakesTheNyquistTerm()
+void TestSpectrum::theFirstBinTakesInTheNyquistTerm()
 {
     QFETCH(const QList<double>, samples);
     QFETCH(const double, amplitude);
@@ -189,7 +189,7 @@ void TestSpectrum::firstBinTakesTheNyquistTerm()
     QVERIFY(near(spectrum.phases[0], phase));
 }
 
-void TestSpectrum::scale_data()
+void TestSpectrum::amplitudesAreScaledByHalfTheTokensLength_data()
 {
     QTest::addColumn<int>("nSamples");
     QTest::addColumn<double>("divisor");
@@ -202,7 +202,7 @@ void TestSpectrum::scale_data()
 
 // Catches amplitudes divided by half the transform's length in place of half the token's, or by a
 // half that is not rounded down.
-void TestSpectrum::scale()
+void TestSpectrum::amplitudesAreScaledByHalfTheTokensLength()
 {
     QFETCH(const int, nSamples);
     QFETCH(const double, divisor);
@@ -211,7 +211,7 @@ void TestSpectrum::scale()
 }
 
 // Catches a token shorter than the transform that is repeated or read beyond its end.
-void TestSpectrum::zeroPadding()
+void TestSpectrum::aShortTokenIsPaddedWithZeros()
 {
     // The transform of three ones at a quarter of the rate: 1 - i - 1.
     const Spectrum spectrum = amplitudeSpectrum(QList<double>{1, 1, 1}, 3, 4, 1);
@@ -220,7 +220,7 @@ void TestSpectrum::zeroPadding()
 }
 
 // Catches samples behind the transform's length that count.
-void TestSpectrum::longerThanTheTransform()
+void TestSpectrum::samplesBehindTheTransformDoNotCount()
 {
     const Spectrum cut = amplitudeSpectrum(QList<double>{1, 2, 3, 4, 50, 60}, 4, 4, 1);
     const Spectrum whole = amplitudeSpectrum(QList<double>{1, 2, 3, 4}, 4, 4, 1);

@@ -10,12 +10,12 @@ class TestSpectrumSize : public QObject
     Q_OBJECT
 
 private slots:
-    void size_data();
-    void size();
-    void lengthIsTheNextPowerOfTwo();
+    void theSpectrumSizeFollowsFromTokenAndFrequency_data();
+    void theSpectrumSizeFollowsFromTokenAndFrequency();
+    void theLengthIsTheNextPowerOfTwo();
 };
 
-void TestSpectrumSize::size_data()
+void TestSpectrumSize::theSpectrumSizeFollowsFromTokenAndFrequency_data()
 {
     QTest::addColumn<int>("nSamples");
     QTest::addColumn<double>("fs");
@@ -43,7 +43,7 @@ void TestSpectrumSize::size_data()
 }
 
 // Catches a length that is too short or doubled at a power of two, rounded bins and a missing cap.
-void TestSpectrumSize::size()
+void TestSpectrumSize::theSpectrumSizeFollowsFromTokenAndFrequency()
 {
     QFETCH(const int, nSamples);
     QFETCH(const double, fs);
@@ -56,7 +56,7 @@ void TestSpectrumSize::size()
 }
 
 // Catches a length that differs from the logarithm's at and beside every power of two.
-void TestSpectrumSize::lengthIsTheNextPowerOfTwo()
+void TestSpectrumSize::theLengthIsTheNextPowerOfTwo()
 {
     for (int exponent = 1; exponent <= 28; ++exponent) {
         for (const int nSamples : {(1 << exponent) - 1, 1 << exponent, (1 << exponent) + 1}) {

@@ -124,24 +124,24 @@ class TestStreamFollower : public QObject
     Q_OBJECT
 
 private slots:
-    void idle();
-    void regularServers_data();
-    void regularServers();
-    void twoBlocksInOneLook();
-    void lateLooks_data();
-    void lateLooks();
-    void stallAndGoingOn();
-    void stalledForGood();
-    void stops_data();
-    void stops();
-    void releaseWhileWaiting();
-    void oneStreamAfterTheOther();
-    void randomServers();
-    void byItsOwnTimer();
+    void anIdleFollowerDoesNotLook();
+    void theEndIsToldOnceJustAfterItIsHeard_data();
+    void theEndIsToldOnceJustAfterItIsHeard();
+    void twoBlocksInOneLookDoNotChangeTheEnd();
+    void aLateLookStillTellsTheEndOnce_data();
+    void aLateLookStillTellsTheEndOnce();
+    void aStreamThatGoesOnAfterAStallIsHeardToItsEnd();
+    void theEndOfAStreamStalledForGoodIsNeverTold();
+    void theEndOfAStoppedStreamIsNeverTold_data();
+    void theEndOfAStoppedStreamIsNeverTold();
+    void theEndOfAReleasedStreamIsNeverTold();
+    void aStreamIsFollowedAfterOneThatStopped();
+    void theEndAgreesWithAPlainModelForRandomServers();
+    void theFollowerLooksByItsOwnTimer();
 };
 
 // Catches a follower that looks at a stream before there is one.
-void TestStreamFollower::idle()
+void TestStreamFollower::anIdleFollowerDoesNotLook()
 {
     Session session;
     session.follower.look();
@@ -149,7 +149,7 @@ void TestStreamFollower::idle()
     QCOMPARE(session.follower.state(), State::Idle);
 }
 
-void TestStreamFollower::regularServers_data()
+void TestStreamFollower::theEndIsToldOnceJustAfterItIsHeard_data()
 {
     QTest::addColumn<qint64>("block");
     QTest::addColumn<qint64>("tokenEnd");
@@ -164,7 +164,7 @@ void TestStreamFollower::regularServers_data()
 
 // Catches an end that is told before the last sample can have been heard, more than a look later,
 // twice, or never.
-void TestStreamFollower::regularServers()
+void TestStreamFollower::theEndIsToldOnceJustAfterItIsHeard()
 {
     QFETCH(const qint64, block);
     QFETCH(const qint64, tokenEnd);
@@ -192,7 +192,7 @@ void TestStreamFollower::regularServers()
 }
 
 // Catches a period, and with it an end, taken from two blocks that one look sees.
-void TestStreamFollower::twoBlocksInOneLook()
+void TestStreamFollower::twoBlocksInOneLookDoNotChangeTheEnd()
 {
     Session session;
     session.server = regularServer(session.now, 1024, 12288);
@@ -205,7 +205,7 @@ void TestStreamFollower::twoBlocksInOneLook()
     QVERIFY(session.heardAt.value(0) >= heard && session.heardAt.value(0) <= heard + 2ms);
 }
 
-void TestStreamFollower::lateLooks_data()
+void TestStreamFollower::aLateLookStillTellsTheEndOnce_data()
 {
     QTest::addColumn<int>("heldUpAt"); // ms from the start
     QTest::addColumn<int>("heldUpFor");
@@ -216,7 +216,7 @@ void TestStreamFollower::lateLooks_data()
 
 // Catches an end that is missed when the program is held up, told twice, or told as if it were
 // then.
-void TestStreamFollower::lateLooks()
+void TestStreamFollower::aLateLookStillTellsTheEndOnce()
 {
     QFETCH(const int, heldUpAt);
     QFETCH(const int, heldUpFor);
@@ -237,7 +237,7 @@ void TestStreamFollower::lateLooks()
 }
 
 // Catches a stall that is not told or told again, and one after which the token's end is not heard.
-void TestStreamFollower::stallAndGoingOn()
+void TestStreamFollower::aStreamThatGoesOnAfterAStallIsHeardToItsEnd()
 {
     Session session;
     const Time start = session.now;
@@ -263,7 +263,7 @@ void TestStreamFollower::stallAndGoingOn()
 }
 
 // Catches an end that is told by the clock although the server takes nothing any more.
-void TestStreamFollower::stalledForGood()
+void TestStreamFollower::theEndOfAStreamStalledForGoodIsNeverTold()
 {
     Session session;
     session.server = {{session.now, 2048}};
@@ -274,7 +274,7 @@ void TestStreamFollower::stalledForGood()
     QCOMPARE(session.stalls.size(), 1);
 }
 
-void TestStreamFollower::stops_data()
+void TestStreamFollower::theEndOfAStoppedStreamIsNeverTold_data()
 {
     QTest::addColumn<int>("stopAt"); // ms from the start
     QTest::addColumn<QList<State>>("stalls");
@@ -286,7 +286,7 @@ void TestStreamFollower::stops_data()
 
 // Catches the end told of a token that was not heard to it, a stop that is told twice or not at
 // all, and looks at a stream that has stopped.
-void TestStreamFollower::stops()
+void TestStreamFollower::theEndOfAStoppedStreamIsNeverTold()
 {
     QFETCH(const int, stopAt);
     Session session;
@@ -311,7 +311,7 @@ void TestStreamFollower::stops()
 }
 
 // Catches a token that ends after its stream was given up.
-void TestStreamFollower::releaseWhileWaiting()
+void TestStreamFollower::theEndOfAReleasedStreamIsNeverTold()
 {
     Session session;
     session.server = regularServer(session.now, 2048, 12288);
@@ -328,7 +328,7 @@ void TestStreamFollower::releaseWhileWaiting()
 }
 
 // Catches what a stream that stopped leaves behind for the next.
-void TestStreamFollower::oneStreamAfterTheOther()
+void TestStreamFollower::aStreamIsFollowedAfterOneThatStopped()
 {
     Session session;
     session.stopped = true;
@@ -347,7 +347,7 @@ void TestStreamFollower::oneStreamAfterTheOther()
 
 // Catches any rule that holds only for servers that somebody thought of: the end must come with the
 // first look after the moment that a plain model tells.
-void TestStreamFollower::randomServers()
+void TestStreamFollower::theEndAgreesWithAPlainModelForRandomServers()
 {
     for (quint32 seed = 0; seed < 10'000; ++seed) {
         QRandomGenerator random(seed);
@@ -403,7 +403,7 @@ void TestStreamFollower::randomServers()
 }
 
 // Catches a follower that does not look by itself: as in the program, by the monotonic clock.
-void TestStreamFollower::byItsOwnTimer()
+void TestStreamFollower::theFollowerLooksByItsOwnTimer()
 {
     StreamFollower follower;
     const QSignalSpy heard(&follower, &StreamFollower::tokenHeard);

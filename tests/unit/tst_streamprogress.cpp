@@ -79,31 +79,31 @@ class TestStreamProgress : public QObject
     Q_OBJECT
 
 private slots:
-    void leadingSilence_data();
-    void leadingSilence();
-    void nothingBeforeAllIsTaken();
-    void period_data();
-    void period();
-    void learntBlock_data();
-    void learntBlock();
-    void firstBlocksAreSmaller();
-    void missedLook();
-    void blockSeenInTwoSteps();
-    void emptyToken();
-    void endBeforeTheFirstLook();
-    void nextStream();
-    void serverPlaysLater();
-    void lookThatComesLate();
-    void endNotBeforeTheLastLook();
-    void serverDelay_data();
-    void serverDelay();
-    void startOfAStreamIsNoDelay();
-    void halfABlockIsNoDelay();
-    void blindness();
-    void timesOfTheBlocks();
+    void leadingSilenceMakesATokenEndWithABlock_data();
+    void leadingSilenceMakesATokenEndWithABlock();
+    void noEndIsToldBeforeAllIsTaken();
+    void theEndIsToldByTheServersPeriod_data();
+    void theEndIsToldByTheServersPeriod();
+    void theNextTokenEndsWithABlockOfTheLastServer_data();
+    void theNextTokenEndsWithABlockOfTheLastServer();
+    void smallBlocksAtTheBeginningTeachNothing();
+    void twoBlocksSeenAtOnceAreNotOneLongBlock();
+    void aBlockSeenInTwoStepsKeepsTheLongPeriod();
+    void anEmptyTokenEndsWithTheFirstBlock();
+    void aTokenTakenBetweenTwoLooksEnds();
+    void aStreamLeavesNothingForTheNext();
+    void aServerThatPlaysLaterEndsTheTokenLater();
+    void aLateLookDoesNotDelayTheEnd();
+    void theEndIsNeverBeforeALookThatFoundSamplesUntaken();
+    void aLateServerIsMeasuredAndALateLookIsNot_data();
+    void aLateServerIsMeasuredAndALateLookIsNot();
+    void theStartOfAStreamIsNoDelay();
+    void aBlockSeenInTwoHalvesIsNoDelay();
+    void theLongestTimeWithoutALookIsKept();
+    void firstAndLastBlockAreTimedByTheLooksThatSeeThem();
 };
 
-void TestStreamProgress::leadingSilence_data()
+void TestStreamProgress::leadingSilenceMakesATokenEndWithABlock_data()
 {
     QTest::addColumn<qint64>("nSamples");
     QTest::addColumn<qint64>("silence");
@@ -118,14 +118,14 @@ void TestStreamProgress::leadingSilence_data()
 
 // Catches a token that does not end with a block: before a server has been seen it is taken for the
 // ordinary one.
-void TestStreamProgress::leadingSilence()
+void TestStreamProgress::leadingSilenceMakesATokenEndWithABlock()
 {
     QFETCH(const qint64, nSamples);
     QTEST(StreamProgress().leadingSilence(nSamples), "silence");
 }
 
 // Catches a token ended while the buffer still holds some of it.
-void TestStreamProgress::nothingBeforeAllIsTaken()
+void TestStreamProgress::noEndIsToldBeforeAllIsTaken()
 {
     Looks looks;
     looks.start(3072);
@@ -134,7 +134,7 @@ void TestStreamProgress::nothingBeforeAllIsTaken()
     QVERIFY(looks.at(3072).has_value());
 }
 
-void TestStreamProgress::period_data()
+void TestStreamProgress::theEndIsToldByTheServersPeriod_data()
 {
     QTest::addColumn<qint64>("block");
     QTest::addColumn<qint64>("tokenEnd");
@@ -152,7 +152,7 @@ void TestStreamProgress::period_data()
 
 // Catches an end told too early or too late by a server with other blocks, whose period is not the
 // block.
-void TestStreamProgress::period()
+void TestStreamProgress::theEndIsToldByTheServersPeriod()
 {
     QFETCH(const qint64, block);
     QFETCH(const qint64, tokenEnd);
@@ -162,7 +162,7 @@ void TestStreamProgress::period()
     QCOMPARE(looks.progress.block(), samples(block));
 }
 
-void TestStreamProgress::learntBlock_data()
+void TestStreamProgress::theNextTokenEndsWithABlockOfTheLastServer_data()
 {
     QTest::addColumn<qint64>("block");
     QTest::addColumn<qint64>("silence");
@@ -175,7 +175,7 @@ void TestStreamProgress::learntBlock_data()
 
 // Catches blocks that are not learnt: the next token ends with a block of the server that took the
 // last.
-void TestStreamProgress::learntBlock()
+void TestStreamProgress::theNextTokenEndsWithABlockOfTheLastServer()
 {
     QFETCH(const qint64, block);
     Looks looks;
@@ -184,7 +184,7 @@ void TestStreamProgress::learntBlock()
 }
 
 // Catches the small blocks at the beginning of a stream taken for those of the whole of it.
-void TestStreamProgress::firstBlocksAreSmaller()
+void TestStreamProgress::smallBlocksAtTheBeginningTeachNothing()
 {
     Looks looks;
     looks.start(12288);
@@ -203,7 +203,7 @@ void TestStreamProgress::firstBlocksAreSmaller()
 }
 
 // Catches two blocks taken for one long one when the program was held up between two looks.
-void TestStreamProgress::missedLook()
+void TestStreamProgress::twoBlocksSeenAtOnceAreNotOneLongBlock()
 {
     Looks looks;
     looks.start(4096);
@@ -214,7 +214,7 @@ void TestStreamProgress::missedLook()
 
 // Catches a long period taken for an ordinary one because a look saw half of a block: with tokens
 // of 5 s the clock started 30 ms early now and then.
-void TestStreamProgress::blockSeenInTwoSteps()
+void TestStreamProgress::aBlockSeenInTwoStepsKeepsTheLongPeriod()
 {
     Looks looks;
     looks.start(12288);
@@ -224,7 +224,7 @@ void TestStreamProgress::blockSeenInTwoSteps()
 }
 
 // Catches a look at the period when nothing has been taken yet.
-void TestStreamProgress::emptyToken()
+void TestStreamProgress::anEmptyTokenEndsWithTheFirstBlock()
 {
     Looks looks;
     looks.start(0);
@@ -233,7 +233,7 @@ void TestStreamProgress::emptyToken()
 }
 
 // Catches a token that never ends because the server took all of it between two looks.
-void TestStreamProgress::endBeforeTheFirstLook()
+void TestStreamProgress::aTokenTakenBetweenTwoLooksEnds()
 {
     Looks looks;
     looks.start(100);
@@ -242,7 +242,7 @@ void TestStreamProgress::endBeforeTheFirstLook()
 }
 
 // Catches what one stream leaves behind in the next.
-void TestStreamProgress::nextStream()
+void TestStreamProgress::aStreamLeavesNothingForTheNext()
 {
     Looks looks;
     QCOMPARE(follow(looks, 2048, 4096), Unheard(2048));
@@ -267,7 +267,7 @@ void TestStreamProgress::nextStream()
 }
 
 // Catches a sound card's own delay being cut off the token's end.
-void TestStreamProgress::serverPlaysLater()
+void TestStreamProgress::aServerThatPlaysLaterEndsTheTokenLater()
 {
     Looks looks;
     looks.start(4096);
@@ -281,7 +281,7 @@ void TestStreamProgress::serverPlaysLater()
 
 // Catches an end that is told from the moment of a late look, as if all of what is taken by then
 // had been taken at that moment.
-void TestStreamProgress::lookThatComesLate()
+void TestStreamProgress::aLateLookDoesNotDelayTheEnd()
 {
     Looks looks;
     looks.start(12288);
@@ -295,7 +295,7 @@ void TestStreamProgress::lookThatComesLate()
 
 // Catches an end that lies before the last look, at which there was still some of the token to
 // take.
-void TestStreamProgress::endNotBeforeTheLastLook()
+void TestStreamProgress::theEndIsNeverBeforeALookThatFoundSamplesUntaken()
 {
     Looks looks;
     looks.start(5000);
@@ -306,7 +306,7 @@ void TestStreamProgress::endNotBeforeTheLastLook()
     QCOMPARE(*looks.progress.tokenHeardAt(), looks.now - 1ms);
 }
 
-void TestStreamProgress::serverDelay_data()
+void TestStreamProgress::aLateServerIsMeasuredAndALateLookIsNot_data()
 {
     QTest::addColumn<qint64>("block");
     QTest::addColumn<int>("lost");  // ms by which one block comes late
@@ -321,7 +321,7 @@ void TestStreamProgress::serverDelay_data()
 }
 
 // Catches a delay of the server's that goes unseen, and one that is only the program's own.
-void TestStreamProgress::serverDelay()
+void TestStreamProgress::aLateServerIsMeasuredAndALateLookIsNot()
 {
     QFETCH(const qint64, block);
     QFETCH(const int, lost);
@@ -345,7 +345,7 @@ void TestStreamProgress::serverDelay()
 }
 
 // Catches a server that is only about to begin taken for one that is late.
-void TestStreamProgress::startOfAStreamIsNoDelay()
+void TestStreamProgress::theStartOfAStreamIsNoDelay()
 {
     Looks looks;
     looks.start(20480);
@@ -361,7 +361,7 @@ void TestStreamProgress::startOfAStreamIsNoDelay()
 
 // Catches the second half of a block taken for one that came early, and the next for one that came
 // late.
-void TestStreamProgress::halfABlockIsNoDelay()
+void TestStreamProgress::aBlockSeenInTwoHalvesIsNoDelay()
 {
     Looks looks;
     looks.start(20480);
@@ -375,7 +375,7 @@ void TestStreamProgress::halfABlockIsNoDelay()
 }
 
 // Catches a late look that is forgotten, and the wait for the end counted as one.
-void TestStreamProgress::blindness()
+void TestStreamProgress::theLongestTimeWithoutALookIsKept()
 {
     Looks looks;
     looks.start(2048);
@@ -390,7 +390,7 @@ void TestStreamProgress::blindness()
 }
 
 // Catches the blocks told by the wrong look, and blocks that are taken behind the token counted.
-void TestStreamProgress::timesOfTheBlocks()
+void TestStreamProgress::firstAndLastBlockAreTimedByTheLooksThatSeeThem()
 {
     Looks looks;
     const Time start = looks.now;

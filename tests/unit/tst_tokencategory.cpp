@@ -8,19 +8,19 @@ class TestTokenCategory : public QObject
     Q_OBJECT
 
 private slots:
-    void words();
-    void category_data();
-    void category();
+    void theCategoriesAreCalledMotherAndStranger();
+    void aNameThatHoldsTheCodesEndIsTheMothers_data();
+    void aNameThatHoldsTheCodesEndIsTheMothers();
 };
 
 // Catches words that differ from those of the result files.
-void TestTokenCategory::words()
+void TestTokenCategory::theCategoriesAreCalledMotherAndStranger()
 {
     QCOMPARE(categoryWord(Category::Mother), "mother");
     QCOMPARE(categoryWord(Category::Stranger), "stranger");
 }
 
-void TestTokenCategory::category_data()
+void TestTokenCategory::aNameThatHoldsTheCodesEndIsTheMothers_data()
 {
     QTest::addColumn<QString>("fileName");
     QTest::addColumn<QString>("subCode");
@@ -88,7 +88,7 @@ void TestTokenCategory::category_data()
 }
 
 // Catches a key of another length, a comparison without case, and a match at one place only.
-void TestTokenCategory::category()
+void TestTokenCategory::aNameThatHoldsTheCodesEndIsTheMothers()
 {
     QFETCH(const QString, fileName);
     QFETCH(const QString, subCode);

@@ -14,14 +14,14 @@ class TestTokenSound : public QObject
 
 private slots:
     void initTestCase();
-    void size_data();
-    void size();
-    void firstChannel_data();
-    void firstChannel();
-    void earlierTokenIsReplaced();
-    void moreThanTwoChannelsKeepTheSound();
-    void bytes_data();
-    void bytes();
+    void theSizeCountsFramesAndRefusesFaultyFiles_data();
+    void theSizeCountsFramesAndRefusesFaultyFiles();
+    void onlyTheFirstChannelIsTaken_data();
+    void onlyTheFirstChannelIsTaken();
+    void aShorterTokenReplacesALongerOne();
+    void moreThanTwoChannelsKeepTheEarlierSound();
+    void theSoundIsPlayedAsFloatsBetweenSilences_data();
+    void theSoundIsPlayedAsFloatsBetweenSilences();
 
 private:
     QString write(const WavBytes &file) const;
@@ -41,7 +41,7 @@ QString TestTokenSound::write(const WavBytes &file) const
     return writeFile(path, file.bytes()) ? path : QString();
 }
 
-void TestTokenSound::size_data()
+void TestTokenSound::theSizeCountsFramesAndRefusesFaultyFiles_data()
 {
     QTest::addColumn<int>("channels");
     QTest::addColumn<uint>("rate");
@@ -75,7 +75,7 @@ void TestTokenSound::size_data()
 }
 
 // Catches a division by zero, samples counted for frames, and points that the file does not hold.
-void TestTokenSound::size()
+void TestTokenSound::theSizeCountsFramesAndRefusesFaultyFiles()
 {
     QFETCH(const int, channels);
     QFETCH(const uint, rate);
@@ -94,7 +94,7 @@ void TestTokenSound::size()
     QTEST(result.value_or(TokenSize()).duration, "duration");
 }
 
-void TestTokenSound::firstChannel_data()
+void TestTokenSound::onlyTheFirstChannelIsTaken_data()
 {
     QTest::addColumn<int>("channels");
     QTest::addColumn<QList<double>>("expected");
@@ -104,7 +104,7 @@ void TestTokenSound::firstChannel_data()
 }
 
 // Catches the right channel, a mixture, and interleaved samples played as they are.
-void TestTokenSound::firstChannel()
+void TestTokenSound::onlyTheFirstChannelIsTaken()
 {
     QFETCH(const int, channels);
     const QString path = write({.numChannels = static_cast<std::uint16_t>(channels),
@@ -117,7 +117,7 @@ void TestTokenSound::firstChannel()
 }
 
 // Catches the rest of a longer token left behind a shorter one.
-void TestTokenSound::earlierTokenIsReplaced()
+void TestTokenSound::aShorterTokenReplacesALongerOne()
 {
     const QString path = write({.data = WavBytes::samples16({4096, -8192})});
     CWav wav;
@@ -128,7 +128,7 @@ void TestTokenSound::earlierTokenIsReplaced()
 }
 
 // Catches samples of a file with three channels that are played as if they were mono.
-void TestTokenSound::moreThanTwoChannelsKeepTheSound()
+void TestTokenSound::moreThanTwoChannelsKeepTheEarlierSound()
 {
     const QString path =
         write({.numChannels = 3, .data = WavBytes::samples16({1, 2, 3, 4, 5, 6, 7, 8, 9})});
@@ -139,7 +139,7 @@ void TestTokenSound::moreThanTwoChannelsKeepTheSound()
     QCOMPARE(soundWave, QList<double>({0.75, -0.75, 0.0}));
 }
 
-void TestTokenSound::bytes_data()
+void TestTokenSound::theSoundIsPlayedAsFloatsBetweenSilences_data()
 {
     QTest::addColumn<int>("before");
     QTest::addColumn<QList<double>>("soundWave");
@@ -160,7 +160,7 @@ void TestTokenSound::bytes_data()
 }
 
 // Catches another sample format, a scale, a limit, and silence of another length.
-void TestTokenSound::bytes()
+void TestTokenSound::theSoundIsPlayedAsFloatsBetweenSilences()
 {
     QFETCH(const int, before);
     QFETCH(const QList<double>, soundWave);

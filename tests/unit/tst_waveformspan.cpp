@@ -8,12 +8,12 @@ class TestWaveformSpan : public QObject
     Q_OBJECT
 
 private slots:
-    void span_data();
-    void span();
-    void secondCallChangesNothing();
+    void theSpanIsCutUnlessTheEntireTokenIsWanted_data();
+    void theSpanIsCutUnlessTheEntireTokenIsWanted();
+    void applyingTheRuleAgainChangesNothing();
 };
 
-void TestWaveformSpan::span_data()
+void TestWaveformSpan::theSpanIsCutUnlessTheEntireTokenIsWanted_data()
 {
     QTest::addColumn<double>("duration");
     QTest::addColumn<double>("fs");
@@ -44,7 +44,7 @@ void TestWaveformSpan::span_data()
 }
 
 // Catches rounding to the nearest sample, and a flag that is ignored or applied to short tokens.
-void TestWaveformSpan::span()
+void TestWaveformSpan::theSpanIsCutUnlessTheEntireTokenIsWanted()
 {
     QFETCH(const double, duration);
     QFETCH(const double, fs);
@@ -57,7 +57,7 @@ void TestWaveformSpan::span()
 
 // Catches a span that keeps shrinking because samples / fs x fs falls just below a whole number:
 // the rule runs again before each drawing, on its own result.
-void TestWaveformSpan::secondCallChangesNothing()
+void TestWaveformSpan::applyingTheRuleAgainChangesNothing()
 {
     for (const double fs : {8000.0, 22050.0, 44100.0, 48000.0}) {
         for (int nSamples = 1; nSamples < 60000; nSamples += 7) {

@@ -8,11 +8,11 @@ class TestWindowGeometry : public QObject
     Q_OBJECT
 
 private slots:
-    void geometry_data();
-    void geometry();
+    void aWindowTakesItsShareOfTheScreenWithinLimits_data();
+    void aWindowTakesItsShareOfTheScreenWithinLimits();
 };
 
-void TestWindowGeometry::geometry_data()
+void TestWindowGeometry::aWindowTakesItsShareOfTheScreenWithinLimits_data()
 {
     QTest::addColumn<QSize>("available");
     QTest::addColumn<bool>("center");
@@ -52,7 +52,7 @@ void TestWindowGeometry::geometry_data()
 }
 
 // Catches rounding in place of truncation, missing limits, and a swapped width and height.
-void TestWindowGeometry::geometry()
+void TestWindowGeometry::aWindowTakesItsShareOfTheScreenWithinLimits()
 {
     QFETCH(const QSize, available);
     QFETCH(const bool, center);
