@@ -126,49 +126,49 @@ private slots:
     void init();
     void cleanup();
 
-    void setUp_data();
-    void setUp();
-    void commonToAll_data();
-    void commonToAll();
-    void ranges();
-    void markers();
-    void secondCallChangesNothing();
-    void atStartUp();
+    void eachChartHasItsTitlesFormatsAndPlace_data();
+    void eachChartHasItsTitlesFormatsAndPlace();
+    void everyChartHasItsAxesFontsAndAnEmptyLine_data();
+    void everyChartHasItsAxesFontsAndAnEmptyLine();
+    void theChartsStartWithTheirRanges();
+    void onlyTheTrendMarksItsPoints();
+    void settingTheChartsUpAgainChangesNothing();
+    void theListsStartWithTheSizesOfTheDefaultDuration();
 
-    void defaultToken();
-    void span_data();
-    void span();
-    void highUpperFrequency();
-    void shortTokens_data();
-    void shortTokens();
-    void verticalRangeOfTheSpectrum();
-    void sineInTheSpectrum();
-    void windowing();
-    void noToken();
-    void nextTokenReplacesTheFirst();
-    void otherSamplingRate();
+    void aTokenIsPlottedInMillisecondsAndHertz();
+    void aTokenIsCutOrPlottedEntirelyAsTheFlagSays_data();
+    void aTokenIsCutOrPlottedEntirelyAsTheFlagSays();
+    void noBinIsPlottedBeyondTheLast();
+    void shortAndSilentTokensArePlotted_data();
+    void shortAndSilentTokensArePlotted();
+    void theSpectrumsAxisStartsAtTheSmallestAmplitude();
+    void aSineIsAPeakOfItsHeightAndFrequency();
+    void theWindowWeightsTheSpectrumAndNotTheWaveform();
+    void aTokenWithoutSamplesIsDrawnEmpty();
+    void theNextTokenReplacesTheFirst();
+    void theAxesUseTheSessionsSamplingRate();
 
-    void equalEnds_data();
-    void equalEnds();
-    void nearlyEqualEnds_data();
-    void nearlyEqualEnds();
-    void spanIsRenewedForTheChart();
-    void transformRenewsItsDuration();
-    void spectrumRangeCoversAllBins();
-    void threeChannels_data();
-    void threeChannels();
+    void equalValuesAreALineInTheMiddleAtEverySize_data();
+    void equalValuesAreALineInTheMiddleAtEverySize();
+    void valuesThatDifferByRoundingAreAFlatLine_data();
+    void valuesThatDifferByRoundingAreAFlatLine();
+    void theSpanIsWorkedOutAgainForEachDrawing();
+    void theTransformWorksOutItsDurationAgain();
+    void theSpectrumsRangeCoversBinsThatAreNotPlotted();
+    void threeChannelsKeepTheSamplesOfThisSessionOnly_data();
+    void threeChannelsKeepTheSamplesOfThisSessionOnly();
 
-    void trendBeforeTheFirstAnswer_data();
-    void trendBeforeTheFirstAnswer();
-    void motherAnswers_data();
-    void motherAnswers();
-    void strangerAnswers();
-    void trendStaysWithoutTokens();
-    void trendWithoutCountsIsRefilled();
-    void trendIsResetByTheNextSession();
-    void oneTokenAfterTen();
+    void theTrendStartsWithEachTokenAtZero_data();
+    void theTrendStartsWithEachTokenAtZero();
+    void eachMotherAnswerRaisesTheTrend_data();
+    void eachMotherAnswerRaisesTheTrend();
+    void aStrangerAnswerDoesNotRaiseTheTrend();
+    void theTrendStaysAsItIsWithoutTokens();
+    void theTrendShowsItsPointsEvenWithoutCounts();
+    void theNextSessionResetsTheTrend();
+    void oneTokenIsShownInTheMiddleEvenAfterTen();
 
-    void pictures();
+    void exampleTokensAreDrawnInEveryChart();
 
 private:
     bool prepare(const QString &folder) const;
@@ -254,7 +254,7 @@ QList<QImage> TestCharts::paintedCharts() const
     return images;
 }
 
-void TestCharts::setUp_data()
+void TestCharts::eachChartHasItsTitlesFormatsAndPlace_data()
 {
     QTest::addColumn<ChartMember>("chart");
     QTest::addColumn<QString>("title");
@@ -287,7 +287,7 @@ void TestCharts::setUp_data()
 }
 
 // Catches a chart with another title, axis title, number format or place in the window.
-void TestCharts::setUp()
+void TestCharts::eachChartHasItsTitlesFormatsAndPlace()
 {
     QFETCH(const ChartMember, chart);
     const LineChart &shown = m_window.get()->*chart;
@@ -301,14 +301,14 @@ void TestCharts::setUp()
     QTEST(cellOf(m_window->gridLayoutPlots, shown.view), "cell");
 }
 
-void TestCharts::commonToAll_data()
+void TestCharts::everyChartHasItsAxesFontsAndAnEmptyLine_data()
 {
-    setUp_data();
+    eachChartHasItsTitlesFormatsAndPlace_data();
 }
 
 // Catches a chart whose line is attached to no axis, one with a legend, margins or other fonts, and
 // one that starts with points or is drawn without antialiasing.
-void TestCharts::commonToAll()
+void TestCharts::everyChartHasItsAxesFontsAndAnEmptyLine()
 {
     QFETCH(const ChartMember, chart);
     const LineChart &shown = m_window.get()->*chart;
@@ -338,7 +338,7 @@ void TestCharts::commonToAll()
 }
 
 // Catches axes that start with another range, and a range set where a new axis keeps Qt's own.
-void TestCharts::ranges()
+void TestCharts::theChartsStartWithTheirRanges()
 {
     QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Ends(0, 2000));
     QCOMPARE(rangeOf(m_window->spectrumChart.verticalAxis), Ends(0, 1));
@@ -358,7 +358,7 @@ void TestCharts::ranges()
 
 // Catches a trend whose points are not marked, and markers that cover the lines of the other
 // charts.
-void TestCharts::markers()
+void TestCharts::onlyTheTrendMarksItsPoints()
 {
     QVERIFY(m_window->trendChart.series->pointsVisible());
     QVERIFY(!m_window->waveformChart.series->pointsVisible());
@@ -366,7 +366,7 @@ void TestCharts::markers()
 }
 
 // Catches a chart that is made or emptied again when it is there already.
-void TestCharts::secondCallChangesNothing()
+void TestCharts::settingTheChartsUpAgainChangesNothing()
 {
     QVERIFY(showToken(12000, ramp));
     const auto state = [this] {
@@ -389,7 +389,7 @@ void TestCharts::secondCallChangesNothing()
 
 // Catches lists of another size than the default duration needs, and counts before there is a
 // session.
-void TestCharts::atStartUp()
+void TestCharts::theListsStartWithTheSizesOfTheDefaultDuration()
 {
     QCOMPARE(m_window->timeAxis.size(), 12000);
     QCOMPARE(m_window->wavePoints.size(), 12000);
@@ -407,7 +407,7 @@ void TestCharts::atStartUp()
 
 // Catches points in other units than milliseconds and hertz, a spectrum of another size or plotted
 // further than to its upper frequency, and axes that do not follow the token.
-void TestCharts::defaultToken()
+void TestCharts::aTokenIsPlottedInMillisecondsAndHertz()
 {
     QVERIFY(showToken(12000, ramp));
     const QList<QPointF> wave = points(&OperatorWindow::waveformChart);
@@ -433,7 +433,7 @@ void TestCharts::defaultToken()
     QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Ends(0, 2000));
 }
 
-void TestCharts::span_data()
+void TestCharts::aTokenIsCutOrPlottedEntirelyAsTheFlagSays_data()
 {
     QTest::addColumn<int>("nSamples");
     QTest::addColumn<int>("entire");
@@ -449,7 +449,7 @@ void TestCharts::span_data()
 
 // Catches a token that is cut although all of it is to be plotted or is not cut although it should
 // be, and a vertical range that covers only the part plotted.
-void TestCharts::span()
+void TestCharts::aTokenIsCutOrPlottedEntirelyAsTheFlagSays()
 {
     QFETCH(const int, nSamples);
     QFETCH(const int, entire);
@@ -467,7 +467,7 @@ void TestCharts::span()
 }
 
 // Catches a read beyond the last bin when more is to be plotted than there is.
-void TestCharts::highUpperFrequency()
+void TestCharts::noBinIsPlottedBeyondTheLast()
 {
     m_window->data.upperFrequencyToPlot = 30000;
     QVERIFY(showToken(12000, ramp));
@@ -477,7 +477,7 @@ void TestCharts::highUpperFrequency()
     QCOMPARE(rangeOf(m_window->spectrumChart.horizontalAxis), Ends(0, 2000));
 }
 
-void TestCharts::shortTokens_data()
+void TestCharts::shortAndSilentTokensArePlotted_data()
 {
     QTest::addColumn<int>("nSamples");
     QTest::addColumn<Token>("value");
@@ -497,7 +497,7 @@ void TestCharts::shortTokens_data()
 }
 
 // Catches a transform, a list or a chart that cannot take them.
-void TestCharts::shortTokens()
+void TestCharts::shortAndSilentTokensArePlotted()
 {
     QFETCH(const int, nSamples);
     QFETCH(const Token, value);
@@ -515,7 +515,7 @@ void TestCharts::shortTokens()
 }
 
 // Catches an axis that starts at 0 and not at the smallest amplitude.
-void TestCharts::verticalRangeOfTheSpectrum()
+void TestCharts::theSpectrumsAxisStartsAtTheSmallestAmplitude()
 {
     // An impulse has the same amplitude in all bins but the first.
     QVERIFY(showToken(4, [](int i) { return i == 0 ? 16384 : 0; }));
@@ -524,7 +524,7 @@ void TestCharts::verticalRangeOfTheSpectrum()
 }
 
 // Catches a peak of another height or at another frequency than the sine has.
-void TestCharts::sineInTheSpectrum()
+void TestCharts::aSineIsAPeakOfItsHeightAndFrequency()
 {
     constexpr double amplitude = 16384;
     constexpr double cycles = 100;
@@ -538,7 +538,7 @@ void TestCharts::sineInTheSpectrum()
 }
 
 // Catches a window that is not applied, is drawn in the waveform, or is taken for another.
-void TestCharts::windowing()
+void TestCharts::theWindowWeightsTheSpectrumAndNotTheWaveform()
 {
     m_window->fftWindowType = 1;
     QVERIFY(showToken(5, [](int) { return 16384; }));
@@ -553,7 +553,7 @@ void TestCharts::windowing()
 }
 
 // Catches a token without samples that is drawn as something or cannot be drawn.
-void TestCharts::noToken()
+void TestCharts::aTokenWithoutSamplesIsDrawnEmpty()
 {
     QVERIFY(showToken(0, silence));
     QCOMPARE(points(&OperatorWindow::waveformChart).size(), 0);
@@ -562,7 +562,7 @@ void TestCharts::noToken()
 }
 
 // Catches points and ranges that a longer token leaves behind.
-void TestCharts::nextTokenReplacesTheFirst()
+void TestCharts::theNextTokenReplacesTheFirst()
 {
     QVERIFY(showToken(12000, ramp));
     QVERIFY(showToken(100, [](int) { return 8192; }));
@@ -572,7 +572,7 @@ void TestCharts::nextTokenReplacesTheFirst()
 }
 
 // Catches an axis that uses the file's sampling rate in place of the session's.
-void TestCharts::otherSamplingRate()
+void TestCharts::theAxesUseTheSessionsSamplingRate()
 {
     QVERIFY(writeFile(m_folder->filePath("MOV001.wav"),
                       WavBytes{.sampleRate = 24000, .data = QByteArray(2400, '\0')}.bytes()));
@@ -582,7 +582,7 @@ void TestCharts::otherSamplingRate()
     QCOMPARE(m_window->frequencies.at(1), 48000.0 / 2048);
 }
 
-void TestCharts::equalEnds_data()
+void TestCharts::equalValuesAreALineInTheMiddleAtEverySize_data()
 {
     QTest::addColumn<int>("nSamples");
     QTest::addColumn<Token>("value");
@@ -609,7 +609,7 @@ void TestCharts::equalEnds_data()
 
 // Catches a chart that goes on showing the token before, or nothing, or the wrong place after a
 // change of size, when all its values are equal: Qt lays no axis out whose ends are.
-void TestCharts::equalEnds()
+void TestCharts::equalValuesAreALineInTheMiddleAtEverySize()
 {
     QFETCH(const int, nSamples);
     QFETCH(const Token, value);
@@ -653,7 +653,7 @@ void TestCharts::equalEnds()
     QCOMPARE(paintedCharts(), painted);
 }
 
-void TestCharts::nearlyEqualEnds_data()
+void TestCharts::valuesThatDifferByRoundingAreAFlatLine_data()
 {
     QTest::addColumn<double>("min");
     QTest::addColumn<double>("max");
@@ -665,7 +665,7 @@ void TestCharts::nearlyEqualEnds_data()
 
 // Catches a line over the whole height of an axis that Qt does not lay out, since its ends differ
 // by rounding alone.
-void TestCharts::nearlyEqualEnds()
+void TestCharts::valuesThatDifferByRoundingAreAFlatLine()
 {
     QFETCH(const double, min);
     QFETCH(const double, max);
@@ -681,7 +681,7 @@ void TestCharts::nearlyEqualEnds()
 }
 
 // Catches a chart that shows the span of an earlier call.
-void TestCharts::spanIsRenewedForTheChart()
+void TestCharts::theSpanIsWorkedOutAgainForEachDrawing()
 {
     QVERIFY(showToken(12000, ramp));
     m_window->data.alwaysPlotEntireWaveformFlag = 0;
@@ -693,7 +693,7 @@ void TestCharts::spanIsRenewedForTheChart()
 }
 
 // Catches a transform that takes the duration as it finds it.
-void TestCharts::transformRenewsItsDuration()
+void TestCharts::theTransformWorksOutItsDurationAgain()
 {
     QVERIFY(showToken(12000, ramp));
     m_window->fftDuration = 7;
@@ -705,7 +705,7 @@ void TestCharts::transformRenewsItsDuration()
 
 // Catches a range of the plotted bins alone: the sine lies above the upper frequency, at a fifth of
 // the sampling rate at most.
-void TestCharts::spectrumRangeCoversAllBins()
+void TestCharts::theSpectrumsRangeCoversBinsThatAreNotPlotted()
 {
     QVERIFY(showToken(16384, [](int i) {
         return static_cast<int>(std::lround(16384 * std::sin(2 * M_PI * 3000 * i / 16384)));
@@ -716,7 +716,7 @@ void TestCharts::spectrumRangeCoversAllBins()
              Ends(m_window->spectrumRange.at(0), m_window->spectrumRange.at(1)));
 }
 
-void TestCharts::threeChannels_data()
+void TestCharts::threeChannelsKeepTheSamplesOfThisSessionOnly_data()
 {
     QTest::addColumn<int>("trialIndex");
     QTest::addColumn<int>("playCount");
@@ -729,7 +729,7 @@ void TestCharts::threeChannels_data()
 
 // Catches samples of an earlier session in the first trial, whose token has more channels than are
 // taken, and such samples lost in a later one.
-void TestCharts::threeChannels()
+void TestCharts::threeChannelsKeepTheSamplesOfThisSessionOnly()
 {
     QFETCH(const int, trialIndex);
     QFETCH(const int, playCount);
@@ -744,7 +744,7 @@ void TestCharts::threeChannels()
     QTEST(m_window->soundWave, "expected");
 }
 
-void TestCharts::trendBeforeTheFirstAnswer_data()
+void TestCharts::theTrendStartsWithEachTokenAtZero_data()
 {
     QTest::addColumn<int>("nTokens");
     QTest::addColumn<int>("tickCount");
@@ -758,7 +758,7 @@ void TestCharts::trendBeforeTheFirstAnswer_data()
 
 // Catches a trend without its tokens, with those of another count or with counts before there are
 // answers, and ticks between them.
-void TestCharts::trendBeforeTheFirstAnswer()
+void TestCharts::theTrendStartsWithEachTokenAtZero()
 {
     QFETCH(const int, nTokens);
     QFETCH(const int, tickCount);
@@ -777,7 +777,7 @@ void TestCharts::trendBeforeTheFirstAnswer()
     QVERIFY(!m_window->grab().isNull());
 }
 
-void TestCharts::motherAnswers_data()
+void TestCharts::eachMotherAnswerRaisesTheTrend_data()
 {
     QTest::addColumn<int>("nAnswers");
     QTest::addColumn<double>("top");
@@ -790,7 +790,7 @@ void TestCharts::motherAnswers_data()
 
 // Catches an answer that is not counted at once, and an axis that does not grow with the counts or
 // shrinks below four.
-void TestCharts::motherAnswers()
+void TestCharts::eachMotherAnswerRaisesTheTrend()
 {
     QFETCH(const int, nAnswers);
     QFETCH(const double, top);
@@ -806,7 +806,7 @@ void TestCharts::motherAnswers()
 }
 
 // Catches an answer "stranger" that is counted, and one "mother" that is counted for another token.
-void TestCharts::strangerAnswers()
+void TestCharts::aStrangerAnswerDoesNotRaiseTheTrend()
 {
     m_window->lineEditNTimes->setText("2");
     QVERIFY(prepareTokens(2));
@@ -821,7 +821,7 @@ void TestCharts::strangerAnswers()
 }
 
 // Catches a trend that is emptied, or laid out anew, when there is no token.
-void TestCharts::trendStaysWithoutTokens()
+void TestCharts::theTrendStaysAsItIsWithoutTokens()
 {
     m_window->updateTrend();
     QCOMPARE(points(&OperatorWindow::trendChart).size(), 0);
@@ -839,7 +839,7 @@ void TestCharts::trendStaysWithoutTokens()
 }
 
 // Catches points that are shown only where there are counts.
-void TestCharts::trendWithoutCountsIsRefilled()
+void TestCharts::theTrendShowsItsPointsEvenWithoutCounts()
 {
     const QList<QPointF> held = {{1, 2}, {2, 3}};
     m_window->trendPoints = held;
@@ -850,7 +850,7 @@ void TestCharts::trendWithoutCountsIsRefilled()
 }
 
 // Catches what a session leaves behind in the next, among it the ticks of ten tokens for one.
-void TestCharts::trendIsResetByTheNextSession()
+void TestCharts::theNextSessionResetsTheTrend()
 {
     QVERIFY(prepareTokens(10));
     present(MotherResponse);
@@ -862,7 +862,7 @@ void TestCharts::trendIsResetByTheNextSession()
 
 // Catches a chart of one token that shows the tokens of the session before, or no point, or a point
 // that does not rise with the answers or loses its place when the window changes its size.
-void TestCharts::oneTokenAfterTen()
+void TestCharts::oneTokenIsShownInTheMiddleEvenAfterTen()
 {
     m_window->lineEditNTimes->setText("4");
     QVERIFY(prepareTokens(10));
@@ -906,7 +906,7 @@ void TestCharts::oneTokenAfterTen()
 
 // Catches a chart that shows nothing of the example tokens: where its line would be there must be
 // more than one colour. With OSTRINE_PICTURES the pictures are kept there.
-void TestCharts::pictures()
+void TestCharts::exampleTokensAreDrawnInEveryChart()
 {
     m_window->lineEditNTimes->setText("2");
     QVERIFY(prepare(QFINDTESTDATA("../../examples/tokens")));

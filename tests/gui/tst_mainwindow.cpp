@@ -61,56 +61,56 @@ private slots:
     void init();
     void cleanup();
 
-    void title();
-    void signalsAndSlots();
-    void labels_data();
-    void labels();
-    void otherTexts_data();
-    void otherTexts();
-    void rows_data();
-    void rows();
-    void grids();
-    void heading();
-    void buttonHeights();
-    void buddies_data();
-    void buddies();
-    void selectorsStayHidden();
+    void theWindowHasItsTitleAndNoIcon();
+    void theSignalsAndSlotsStandInTheirOrder();
+    void eachLabelIsShownWithItsText_data();
+    void eachLabelIsShownWithItsText();
+    void eachButtonAndCheckBoxHasItsText_data();
+    void eachButtonAndCheckBoxHasItsText();
+    void eachRowHoldsItsControlsInOrder_data();
+    void eachRowHoldsItsControlsInOrder();
+    void theControlsAreLeftOfThePlots();
+    void theHeadingIsCentredAndKeepsItsHeight();
+    void theButtonsAreAtLeast60PixelsHigh();
+    void eachLabelHasItsFieldAsBuddy_data();
+    void eachLabelHasItsFieldAsBuddy();
+    void theSelectorsStayOutOfTheWindow();
 
-    void geometryAtStart();
-    void geometry_data();
-    void geometry();
+    void theWindowStartsInTheMiddleOfTheScreen();
+    void theWindowTakesItsShareOfTheScreenWithinLimits_data();
+    void theWindowTakesItsShareOfTheScreenWithinLimits();
 
-    void lineEditDefaults_data();
-    void lineEditDefaults();
-    void buttonsAtStart();
-    void parametersAtStart();
+    void eachFieldStartsWithItsTextOpenOrLocked_data();
+    void eachFieldStartsWithItsTextOpenOrLocked();
+    void onlyPracticeAndQuitCanBePressedAtTheStart();
+    void theParametersStartAsTheDefaultDurationNeeds();
 
-    void feedbackLocksAutoPlay();
-    void checkBoxesSetTheirFields();
-    void partiallyCheckedIsOff();
-    void sessionNumber_data();
-    void sessionNumber();
-    void subjectCode_data();
-    void subjectCode();
-    void selectorsSetTheirFields();
-    void parametersReadBack_data();
-    void parametersReadBack();
-    void waveformSpanFollowsDuration();
+    void switchingFeedbackOffLocksAutoPlayOn();
+    void eachCheckBoxSetsItsOwnField();
+    void aPartlyCheckedBoxCountsAsOff();
+    void theSessionNumberIsReadAndNamesTheFile_data();
+    void theSessionNumberIsReadAndNamesTheFile();
+    void theSubjectCodeNamesFolderAndFile_data();
+    void theSubjectCodeNamesFolderAndFile();
+    void eachSelectorSetsItsFieldAndTheFileName();
+    void theFieldsAreReadBackInTheirUnits_data();
+    void theFieldsAreReadBackInTheirUnits();
+    void theWaveformSpanFollowsTheDuration();
 
-    void statusText();
-    void disableAll();
+    void theStatusCountsTrialsFromOne();
+    void disablingLocksTheWholeWindow();
     void doNothingChangesNothing();
-    void refresh();
-    void quitCloses();
+    void refreshingUnlocksEverythingButGo();
+    void quitClosesTheWindowAndWritesNothing();
 
-    void freshOrder();
-    void desktopIsRenewed();
-    void deliveries();
-    void secondGo();
+    void eachPreparationDrawsANewOrder();
+    void aPreparationLooksUpTheDesktopAgain();
+    void goDeliversTheSettingsBeforeTheSubjectWindowShows();
+    void anEarlierSubjectWindowHasNoSayAfterASecondGo();
 
-    void destruction_data();
-    void destruction();
-    void destructionOrder();
+    void theWindowCanBeDestroyedInEveryState_data();
+    void theWindowCanBeDestroyedInEveryState();
+    void theChartsAreDestroyedBeforeTheControls();
 
 private:
     bool prepare() const;
@@ -143,14 +143,14 @@ bool TestMainWindow::prepare() const
 }
 
 // Catches another title, and an icon where the platform's default is to show.
-void TestMainWindow::title()
+void TestMainWindow::theWindowHasItsTitleAndNoIcon()
 {
     QCOMPARE(m_window->windowTitle(), "Tavel Lab | Ostrine (v014) | Main Window");
     QVERIFY(m_window->windowIcon().pixmap(16).isNull());
 }
 
 // Catches a signal or slot that is missing, renamed, out of order or with other arguments.
-void TestMainWindow::signalsAndSlots()
+void TestMainWindow::theSignalsAndSlotsStandInTheirOrder()
 {
     const QMetaObject &meta = MainWindow::staticMetaObject;
     QCOMPARE(methodTable(meta), QStringList({"signal soundPlaying(int)",
@@ -182,7 +182,7 @@ void TestMainWindow::signalsAndSlots()
                                     "feedBack", "autoPlay", "subCode"}));
 }
 
-void TestMainWindow::labels_data()
+void TestMainWindow::eachLabelIsShownWithItsText_data()
 {
     QTest::addColumn<QString>("text");
     const QList<std::pair<const char *, const char *>> all = {
@@ -203,7 +203,7 @@ void TestMainWindow::labels_data()
 }
 
 // Catches a changed label, and one that is not shown.
-void TestMainWindow::labels()
+void TestMainWindow::eachLabelIsShownWithItsText()
 {
     const auto *label = m_window->findChild<QLabel *>(QTest::currentDataTag());
     QVERIFY(label);
@@ -211,7 +211,7 @@ void TestMainWindow::labels()
     QVERIFY(label->isVisibleTo(m_window.get()));
 }
 
-void TestMainWindow::otherTexts_data()
+void TestMainWindow::eachButtonAndCheckBoxHasItsText_data()
 {
     QTest::addColumn<QString>("text");
     QTest::newRow("pushButtonPractice") << "Practice";
@@ -224,14 +224,14 @@ void TestMainWindow::otherTexts_data()
 }
 
 // Catches a changed text of a button or check box.
-void TestMainWindow::otherTexts()
+void TestMainWindow::eachButtonAndCheckBoxHasItsText()
 {
     const auto *button = m_window->findChild<QAbstractButton *>(QTest::currentDataTag());
     QVERIFY(button);
     QTEST(button->text(), "text");
 }
 
-void TestMainWindow::rows_data()
+void TestMainWindow::eachRowHoldsItsControlsInOrder_data()
 {
     QTest::addColumn<int>("row");
     QTest::addColumn<QStringList>("names");
@@ -254,7 +254,7 @@ void TestMainWindow::rows_data()
 }
 
 // Catches controls in another row or order, and a row which does not span the four columns.
-void TestMainWindow::rows()
+void TestMainWindow::eachRowHoldsItsControlsInOrder()
 {
     QFETCH(const int, row);
     QLayoutItem *item = m_window->gridLayoutControls->itemAtPosition(row, 0);
@@ -265,7 +265,7 @@ void TestMainWindow::rows()
 }
 
 // Catches the halves of the window swapped, the plots' share of the width and a filled row 0.
-void TestMainWindow::grids()
+void TestMainWindow::theControlsAreLeftOfThePlots()
 {
     QGridLayout *grid = m_window->gridLayoutMain;
     QVERIFY(m_window->QMainWindow::centralWidget()->layout() == grid);
@@ -282,7 +282,7 @@ void TestMainWindow::grids()
 }
 
 // Catches a heading that is not centred, grows in height or may shrink below its least width.
-void TestMainWindow::heading()
+void TestMainWindow::theHeadingIsCentredAndKeepsItsHeight()
 {
     const auto *heading = m_window->findChild<QLabel *>("labelSoundFileInformation");
     QVERIFY(m_window->gridLayoutControls->itemAtPosition(1, 0)->widget() == heading);
@@ -293,7 +293,7 @@ void TestMainWindow::heading()
 }
 
 // Catches a button of the usual, too small height.
-void TestMainWindow::buttonHeights()
+void TestMainWindow::theButtonsAreAtLeast60PixelsHigh()
 {
     m_window->show();
     for (const QPushButton *button : {m_window->pushButtonPractice, m_window->pushButtonExperiment,
@@ -303,7 +303,7 @@ void TestMainWindow::buttonHeights()
     }
 }
 
-void TestMainWindow::buddies_data()
+void TestMainWindow::eachLabelHasItsFieldAsBuddy_data()
 {
     QTest::addColumn<QString>("buddy");
     for (const char *stem : {"WavFilePath", "WavFileName", "Fs", "Duration", "Si", "SubCode",
@@ -312,7 +312,7 @@ void TestMainWindow::buddies_data()
 }
 
 // Catches a field whose label a screen reader cannot tell.
-void TestMainWindow::buddies()
+void TestMainWindow::eachLabelHasItsFieldAsBuddy()
 {
     const auto *label = m_window->findChild<QLabel *>(QString("label") + QTest::currentDataTag());
     QVERIFY(label && label->buddy());
@@ -320,7 +320,7 @@ void TestMainWindow::buddies()
 }
 
 // Catches a selector that gets into the window, and one without its items.
-void TestMainWindow::selectorsStayHidden()
+void TestMainWindow::theSelectorsStayOutOfTheWindow()
 {
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
@@ -351,7 +351,7 @@ void TestMainWindow::selectorsStayHidden()
 
 // Catches other shares of the screen or another place than its middle; run on two screens, of which
 // the smaller one shows the window as wide as its contents need.
-void TestMainWindow::geometryAtStart()
+void TestMainWindow::theWindowStartsInTheMiddleOfTheScreen()
 {
     const QRect expected =
         testScreen() == QSize(1440, 900) ? QRect(144, 45, 1152, 810) : QRect(80, 40, 640, 720);
@@ -364,7 +364,7 @@ void TestMainWindow::geometryAtStart()
     QCOMPARE(m_window->width() == expected.width(), testScreen() == QSize(1440, 900));
 }
 
-void TestMainWindow::geometry_data()
+void TestMainWindow::theWindowTakesItsShareOfTheScreenWithinLimits_data()
 {
     QTest::addColumn<bool>("center");
     QTest::addColumn<double>("width");
@@ -383,7 +383,7 @@ void TestMainWindow::geometry_data()
 }
 
 // Catches a fraction that is not limited or rounded, and a corner that is not kept.
-void TestMainWindow::geometry()
+void TestMainWindow::theWindowTakesItsShareOfTheScreenWithinLimits()
 {
     QFETCH(const bool, center);
     QFETCH(const double, width);
@@ -394,7 +394,7 @@ void TestMainWindow::geometry()
     QTEST(m_window->geometry(), "expected");
 }
 
-void TestMainWindow::lineEditDefaults_data()
+void TestMainWindow::eachFieldStartsWithItsTextOpenOrLocked_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("enabled");
@@ -412,7 +412,7 @@ void TestMainWindow::lineEditDefaults_data()
 }
 
 // Catches a text of creation time left standing, and a field that is open to be edited or is not.
-void TestMainWindow::lineEditDefaults()
+void TestMainWindow::eachFieldStartsWithItsTextOpenOrLocked()
 {
     const auto *lineEdit = m_window->findChild<QLineEdit *>(QTest::currentDataTag());
     QVERIFY(lineEdit);
@@ -421,7 +421,7 @@ void TestMainWindow::lineEditDefaults()
 }
 
 // Catches an experiment offered before the practice, a Go without tokens and a switch left off.
-void TestMainWindow::buttonsAtStart()
+void TestMainWindow::onlyPracticeAndQuitCanBePressedAtTheStart()
 {
     QVERIFY(m_window->isEnabled());
     QVERIFY(m_window->pushButtonPractice->isEnabled());
@@ -436,7 +436,7 @@ void TestMainWindow::buttonsAtStart()
 }
 
 // Catches sizes that do not follow from the default duration.
-void TestMainWindow::parametersAtStart()
+void TestMainWindow::theParametersStartAsTheDefaultDurationNeeds()
 {
     QCOMPARE(m_window->data.alwaysPlotEntireWaveformFlag, 1);
     QCOMPARE(m_window->data.nPointsToPlot, 12000);
@@ -446,7 +446,7 @@ void TestMainWindow::parametersAtStart()
 }
 
 // Catches a session without feedback in which the subject would wait for a "Next" in vain.
-void TestMainWindow::feedbackLocksAutoPlay()
+void TestMainWindow::switchingFeedbackOffLocksAutoPlayOn()
 {
     m_window->show();
     m_window->checkBoxAutoPlay->setChecked(false);
@@ -465,7 +465,7 @@ void TestMainWindow::feedbackLocksAutoPlay()
 }
 
 // Catches a check box that is connected to another field or to none.
-void TestMainWindow::checkBoxesSetTheirFields()
+void TestMainWindow::eachCheckBoxSetsItsOwnField()
 {
     m_window->show();
     m_window->checkBoxSaveData->click();
@@ -478,7 +478,7 @@ void TestMainWindow::checkBoxesSetTheirFields()
 }
 
 // Catches a state that is taken for on because it is not off.
-void TestMainWindow::partiallyCheckedIsOff()
+void TestMainWindow::aPartlyCheckedBoxCountsAsOff()
 {
     m_window->checkBoxSaveData_stateChanged(Qt::PartiallyChecked);
     QVERIFY(!m_window->data.saveData);
@@ -489,7 +489,7 @@ void TestMainWindow::partiallyCheckedIsOff()
     QVERIFY(!m_window->checkBoxAutoPlay->isEnabled());
 }
 
-void TestMainWindow::sessionNumber_data()
+void TestMainWindow::theSessionNumberIsReadAndNamesTheFile_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<int>("sesNum");
@@ -506,7 +506,7 @@ void TestMainWindow::sessionNumber_data()
 }
 
 // Catches a number that is not parsed as the base-10 int, and a file name that does not follow.
-void TestMainWindow::sessionNumber()
+void TestMainWindow::theSessionNumberIsReadAndNamesTheFile()
 {
     QFETCH(const QString, typed);
     m_window->lineEditSesNum->setText(typed);
@@ -517,7 +517,7 @@ void TestMainWindow::sessionNumber()
     QTEST(m_window->data.sesNum, "sesNum");
 }
 
-void TestMainWindow::subjectCode_data()
+void TestMainWindow::theSubjectCodeNamesFolderAndFile_data()
 {
     QTest::addColumn<QString>("code");
     QTest::newRow("short") << "S7";
@@ -528,7 +528,7 @@ void TestMainWindow::subjectCode_data()
 }
 
 // Catches a folder or name that keeps the earlier code, and a code taken for a format.
-void TestMainWindow::subjectCode()
+void TestMainWindow::theSubjectCodeNamesFolderAndFile()
 {
     QFETCH(const QString, code);
     m_window->lineEditSubCode->setText(code);
@@ -540,7 +540,7 @@ void TestMainWindow::subjectCode()
 }
 
 // Catches a selector connected to another index, and a name that ignores the session type.
-void TestMainWindow::selectorsSetTheirFields()
+void TestMainWindow::eachSelectorSetsItsFieldAndTheFileName()
 {
     m_window->comboBoxSesType->setCurrentIndex(1);
     QCOMPARE(m_window->data.sesTypeIndex, 1);
@@ -557,7 +557,7 @@ void TestMainWindow::selectorsSetTheirFields()
     QCOMPARE(m_window->data.soundTypeIndex, 1);
 }
 
-void TestMainWindow::parametersReadBack_data()
+void TestMainWindow::theFieldsAreReadBackInTheirUnits_data()
 {
     QTest::addColumn<QString>("field");
     QTest::addColumn<QString>("typed");
@@ -585,7 +585,7 @@ void TestMainWindow::parametersReadBack_data()
 }
 
 // Catches a field that is not read, read in another unit, or not refused when it is no number.
-void TestMainWindow::parametersReadBack()
+void TestMainWindow::theFieldsAreReadBackInTheirUnits()
 {
     QFETCH(const QString, field);
     QFETCH(const QString, typed);
@@ -600,7 +600,7 @@ void TestMainWindow::parametersReadBack()
 }
 
 // Catches a waveform span that does not follow the token's duration back and forth.
-void TestMainWindow::waveformSpanFollowsDuration()
+void TestMainWindow::theWaveformSpanFollowsTheDuration()
 {
     auto *duration = m_window->findChild<QLineEdit *>("lineEditDuration");
     duration->setText("500.000");
@@ -614,7 +614,7 @@ void TestMainWindow::waveformSpanFollowsDuration()
 }
 
 // Catches a number that starts at zero, another total and the stored session type in its place.
-void TestMainWindow::statusText()
+void TestMainWindow::theStatusCountsTrialsFromOne()
 {
     m_window->randomSequence = QList<int>(20, 0);
     m_window->updateStatusString();
@@ -627,7 +627,7 @@ void TestMainWindow::statusText()
 }
 
 // Catches a control of the operator's that stays alive while the subject works.
-void TestMainWindow::disableAll()
+void TestMainWindow::disablingLocksTheWholeWindow()
 {
     m_window->disableAllComponents();
     QVERIFY(!m_window->isEnabled());
@@ -645,7 +645,7 @@ void TestMainWindow::doNothingChangesNothing()
 }
 
 // Catches an experiment that stays locked after practice, and a Go without preparation.
-void TestMainWindow::refresh()
+void TestMainWindow::refreshingUnlocksEverythingButGo()
 {
     m_window->disableAllComponents();
     m_window->lineEditNTimes->setEnabled(false);
@@ -660,7 +660,7 @@ void TestMainWindow::refresh()
 }
 
 // Catches a Quit that asks, does nothing or writes a file.
-void TestMainWindow::quitCloses()
+void TestMainWindow::quitClosesTheWindowAndWritesNothing()
 {
     const ModalAnswer nothing;
     m_window->show();
@@ -672,7 +672,7 @@ void TestMainWindow::quitCloses()
 }
 
 // Catches an order of presentations that comes again: in the same window or in another.
-void TestMainWindow::freshOrder()
+void TestMainWindow::eachPreparationDrawsANewOrder()
 {
     m_window->lineEditNTimes->setText("1");
     for (char name = 'b'; name <= 'z'; ++name)
@@ -690,7 +690,7 @@ void TestMainWindow::freshOrder()
 }
 
 // Catches a base folder that is read once only, when the program starts.
-void TestMainWindow::desktopIsRenewed()
+void TestMainWindow::aPreparationLooksUpTheDesktopAgain()
 {
     m_window->data.desktopPath = "elsewhere";
     QVERIFY(prepare());
@@ -699,7 +699,7 @@ void TestMainWindow::desktopIsRenewed()
 
 // Catches a setting that reaches the subject window late, out of turn, never or from an earlier
 // reading of the controls.
-void TestMainWindow::deliveries()
+void TestMainWindow::goDeliversTheSettingsBeforeTheSubjectWindowShows()
 {
     QVERIFY(prepare());
     m_window->checkBoxFeedBack->setChecked(false);
@@ -723,7 +723,7 @@ void TestMainWindow::deliveries()
 
 // Catches an earlier subject window that is deleted too soon, still follows the session or still
 // has a say in it.
-void TestMainWindow::secondGo()
+void TestMainWindow::anEarlierSubjectWindowHasNoSayAfterASecondGo()
 {
     m_window->show();
     QVERIFY(prepare());
@@ -763,7 +763,7 @@ void TestMainWindow::secondGo()
     QVERIFY(!earlier);
 }
 
-void TestMainWindow::destruction_data()
+void TestMainWindow::theWindowCanBeDestroyedInEveryState_data()
 {
     QTest::addColumn<QString>("state");
     for (const char *state : {"built", "shown", "closed", "prepared", "waiting", "with a parent"})
@@ -771,7 +771,7 @@ void TestMainWindow::destruction_data()
 }
 
 // Catches a widget deleted twice or used after it was deleted, and one that is left behind.
-void TestMainWindow::destruction()
+void TestMainWindow::theWindowCanBeDestroyedInEveryState()
 {
     QFETCH(const QString, state);
     QWidget parent;
@@ -802,7 +802,7 @@ void TestMainWindow::destruction()
 }
 
 // Catches a chart that outlives the fields, and anything that the window leaves to its parent.
-void TestMainWindow::destructionOrder()
+void TestMainWindow::theChartsAreDestroyedBeforeTheControls()
 {
     QStringList destroyed;
     const auto watch = [&](const QObject *object, const QString &kind) {

@@ -35,23 +35,23 @@ private slots:
     void init();
     void cleanup();
 
-    void proposedName();
-    void names_data();
-    void names();
-    void overwritten();
-    void cancelled();
-    void belowAFile();
-    void missingFolder();
-    void folderOfTheRecordsName();
-    void folderOfACompanionsName_data();
-    void folderOfACompanionsName();
-    void fullDevice_data();
-    void fullDevice();
-    void noTokens();
-    void secondSaveProposes();
+    void savingProposesANameAndWritesThreeFiles();
+    void theCompanionsAreNamedAfterTheChosenFile_data();
+    void theCompanionsAreNamedAfterTheChosenFile();
+    void existingFilesAreReplacedWithoutAQuestion();
+    void aCancelledDialogWarnsAndStillWritesTheCompanions();
+    void eachFileThatCannotBeOpenedIsReported();
+    void aMissingFolderIsMadeUnderTheFullName();
+    void aFolderOfTheRecordsNameIsOpenedByTheDialog();
+    void aFolderOfACompanionsNameCostsThatFileAlone_data();
+    void aFolderOfACompanionsNameCostsThatFileAlone();
+    void aFullDiskIsReportedAndCostsThatFileAlone_data();
+    void aFullDiskIsReportedAndCostsThatFileAlone();
+    void theTablesAreEmptyWithoutTokens();
+    void aSecondSaveProposesTheDefaultFolderAgain();
 
-    void finishOrder();
-    void finishWithoutSaving();
+    void resultsAreAnnouncedAfterTheMeansAndBeforeTheFiles();
+    void resultsAreComputedEvenWithoutSaving();
 
 private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
@@ -118,7 +118,7 @@ QByteArray TestResultFiles::parameters(const QString &file) const
 }
 
 // Catches another caption, folder or name proposed, a missing folder and one of the three files.
-void TestResultFiles::proposedName()
+void TestResultFiles::savingProposesANameAndWritesThreeFiles()
 {
     const QString folder =
         QStandardPaths::writableLocation(QStandardPaths::DesktopLocation) + "/CHD001";
@@ -149,7 +149,7 @@ void TestResultFiles::proposedName()
     QCOMPARE(m_window->data.outputFileName, "CHD001_practice001.txt");
 }
 
-void TestResultFiles::names_data()
+void TestResultFiles::theCompanionsAreNamedAfterTheChosenFile_data()
 {
     QTest::addColumn<QString>("entries");
     QTest::addColumn<QString>("parameters");
@@ -166,7 +166,7 @@ void TestResultFiles::names_data()
 }
 
 // Catches a suffix that is added, dropped or cut at the wrong dot.
-void TestResultFiles::names()
+void TestResultFiles::theCompanionsAreNamedAfterTheChosenFile()
 {
     QFETCH(const QString, entries);
     QFETCH(const QString, parameters);
@@ -188,7 +188,7 @@ void TestResultFiles::names()
 }
 
 // Catches a question before overwriting, and what is left of a longer file.
-void TestResultFiles::overwritten()
+void TestResultFiles::existingFilesAreReplacedWithoutAQuestion()
 {
     for (const char *name : {"x.txt", "x_entries.txt", "x_parameters.txt"})
         QVERIFY(writeFile(path(name), QByteArray(5000, 'x')));
@@ -203,7 +203,7 @@ void TestResultFiles::overwritten()
 }
 
 // Catches a cancelled dialog that goes unnoticed or loses the other two files.
-void TestResultFiles::cancelled()
+void TestResultFiles::aCancelledDialogWarnsAndStillWritesTheCompanions()
 {
     QVERIFY(QDir::setCurrent(m_folder->path()));
     ModalAnswer answers;
@@ -222,7 +222,7 @@ void TestResultFiles::cancelled()
 }
 
 // Catches a failure that is reported for one file only, or whose text names another path.
-void TestResultFiles::belowAFile()
+void TestResultFiles::eachFileThatCannotBeOpenedIsReported()
 {
     QVERIFY(writeFile(path("plain"), "kept"));
     const QString chosen = path("plain/x.txt");
@@ -240,7 +240,7 @@ void TestResultFiles::belowAFile()
 
 // Catches a changed rule for a folder that is not there: the full name becomes a folder, so that
 // the records file cannot be opened and the others can.
-void TestResultFiles::missingFolder()
+void TestResultFiles::aMissingFolderIsMadeUnderTheFullName()
 {
     const QString chosen = path("new/x.txt");
     ModalAnswer answers;
@@ -254,7 +254,7 @@ void TestResultFiles::missingFolder()
 }
 
 // Catches a folder taken for the records file: the dialog opens it and asks on.
-void TestResultFiles::folderOfTheRecordsName()
+void TestResultFiles::aFolderOfTheRecordsNameIsOpenedByTheDialog()
 {
     QVERIFY(QDir().mkpath(path("x.txt")));
     ModalAnswer answers;
@@ -271,7 +271,7 @@ void TestResultFiles::folderOfTheRecordsName()
     QCOMPARE(contents(path("x.txt/y.txt")), recordsTable);
 }
 
-void TestResultFiles::folderOfACompanionsName_data()
+void TestResultFiles::aFolderOfACompanionsNameCostsThatFileAlone_data()
 {
     QTest::addColumn<QString>("folder");
     QTest::addColumn<QString>("written");
@@ -282,7 +282,7 @@ void TestResultFiles::folderOfACompanionsName_data()
 }
 
 // Catches a failure of one companion file that is silent or takes the other with it.
-void TestResultFiles::folderOfACompanionsName()
+void TestResultFiles::aFolderOfACompanionsNameCostsThatFileAlone()
 {
     QFETCH(const QString, folder);
     QFETCH(const QString, written);
@@ -297,7 +297,7 @@ void TestResultFiles::folderOfACompanionsName()
              folder.contains("entries") ? parameters(path("x.txt")) : entriesTable);
 }
 
-void TestResultFiles::fullDevice_data()
+void TestResultFiles::aFullDiskIsReportedAndCostsThatFileAlone_data()
 {
     QTest::addColumn<QString>("full");
     for (const char *name : {"x.txt", "x_entries.txt", "x_parameters.txt"})
@@ -305,7 +305,7 @@ void TestResultFiles::fullDevice_data()
 }
 
 // Catches results lost without a word on a full disk, and the other files lost with them.
-void TestResultFiles::fullDevice()
+void TestResultFiles::aFullDiskIsReportedAndCostsThatFileAlone()
 {
     QFETCH(const QString, full);
     QVERIFY(QFileInfo::exists("/dev/full"));
@@ -330,7 +330,7 @@ void TestResultFiles::fullDevice()
 }
 
 // Catches a header over an empty table.
-void TestResultFiles::noTokens()
+void TestResultFiles::theTablesAreEmptyWithoutTokens()
 {
     m_window->data.records.clear();
     m_window->data.entries.clear();
@@ -344,7 +344,7 @@ void TestResultFiles::noTokens()
 }
 
 // Catches the full path of an earlier save proposed as the folder of the next.
-void TestResultFiles::secondSaveProposes()
+void TestResultFiles::aSecondSaveProposesTheDefaultFolderAgain()
 {
     ModalAnswer answers;
     answers.choose(path("x.txt")).choose(path("y.txt"));
@@ -358,7 +358,7 @@ void TestResultFiles::secondSaveProposes()
 }
 
 // Catches results announced before they are computed or after the operator has been asked.
-void TestResultFiles::finishOrder()
+void TestResultFiles::resultsAreAnnouncedAfterTheMeansAndBeforeTheFiles()
 {
     m_window->data.records[0].nMother = 4;
     m_window->data.soundDuration = 0.25;
@@ -383,7 +383,7 @@ void TestResultFiles::finishOrder()
 }
 
 // Catches a file or a question although saving is off, and results that are then not computed.
-void TestResultFiles::finishWithoutSaving()
+void TestResultFiles::resultsAreComputedEvenWithoutSaving()
 {
     m_window->data.saveData = false;
     m_window->data.records[1].nStranger = 2;

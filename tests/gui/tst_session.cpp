@@ -60,45 +60,45 @@ public:
     Q_ENUM(Answers)
 
 private slots:
-    void soundIsThere();
-    void wholeSession_data();
-    void wholeSession();
-    void practiceThenExperiment();
-    void severalInARow();
-    void delayBeforeTheToken_data();
-    void delayBeforeTheToken();
-    void shownBeforeHeard_data();
-    void shownBeforeHeard();
-    void reactionTimes();
-    void parametersReadAgain_data();
-    void parametersReadAgain();
-    void debugLog_data();
-    void debugLog();
-    void lowRate();
-    void wholeTokenIsPlayed();
-    void neverPresented();
-    void invalidResponse_data();
-    void invalidResponse();
-    void nextAtTheEnd();
+    void aSoundServerIsThere();
+    void aWholeSessionIsScoredAsAnswered_data();
+    void aWholeSessionIsScoredAsAnswered();
+    void anExperimentFollowsThePracticeWithItsOwnFiles();
+    void aSessionLeavesNothingForTheNext();
+    void aTokenStartsItsDurationAndTheIntervalAfterThePress_data();
+    void aTokenStartsItsDurationAndTheIntervalAfterThePress();
+    void aTokenIsShownBeforeItIsHeard_data();
+    void aTokenIsShownBeforeItIsHeard();
+    void aReactionTimeRunsFromTheEndOfTheSound();
+    void theFieldsAreReadAgainAtEveryStepButNext_data();
+    void theFieldsAreReadAgainAtEveryStepButNext();
+    void theDebugLogTellsStartNamesAndResponses_data();
+    void theDebugLogTellsStartNamesAndResponses();
+    void aTokenOfALowerRateIsNotReadBeyondItsEnd();
+    void theWholeTokenIsPlayedWhateverCountIsReadBack();
+    void aSessionWithoutPresentationsPlaysNothing();
+    void anInvalidResponseIsWarnedOfAndNotScored_data();
+    void anInvalidResponseIsWarnedOfAndNotScored();
+    void nextAfterTheLastTokenEndsTheSession();
 
-    void closing_data();
-    void closing();
-    void closingAsATokenComes_data();
-    void closingAsATokenComes();
-    void timerOfTheDelay_data();
-    void timerOfTheDelay();
-    void staleTimerPlaysOn();
-    void staleTimerAndPreparation();
-    void staleTimerAndNextSession();
-    void soundingTokenAndNextSession();
-    void countTypedDuringPreparation();
-    void quit_data();
-    void quit();
+    void onlyAConfirmedCloseEndsTheSession_data();
+    void onlyAConfirmedCloseEndsTheSession();
+    void theQuestionCanBeAnsweredAsATokenComes_data();
+    void theQuestionCanBeAnsweredAsATokenComes();
+    void theDelayRunsOnceAndIsPreciseBelowTwoSeconds_data();
+    void theDelayRunsOnceAndIsPreciseBelowTwoSeconds();
+    void theScheduledTokenOfABrokenOffSessionStillPlays();
+    void aPreparationStopsTheScheduledToken();
+    void noEarlierScheduledTokenSoundsInTheNextSession();
+    void noEarlierSoundRunsIntoTheNextSession();
+    void entriesAndOrderAgreeOnACountTypedMeanwhile();
+    void quitEndsTheProgramWithoutWritingFiles_data();
+    void quitEndsTheProgramWithoutWritingFiles();
 
-    void badToken_data();
-    void badToken();
-    void onlyABadToken();
-    void removedToken();
+    void aFaultyFileDoesNotStopTheSession_data();
+    void aFaultyFileDoesNotStopTheSession();
+    void aSessionOfOneFaultyTokenCanBeAnswered();
+    void aTokenRemovedMeanwhileDoesNotStopTheSession();
 
 private:
     bool makeToken(const QString &name, int milliseconds, int level = 8192) const;
@@ -166,13 +166,13 @@ QByteArray TestSession::nameOf(State state)
 }
 
 // Catches a run without the sound server that all the others need.
-void TestSession::soundIsThere()
+void TestSession::aSoundServerIsThere()
 {
     QVERIFY2(!QMediaDevices::defaultAudioOutput().isNull(),
              "run this by scripts/private-session.sh --audio");
 }
 
-void TestSession::wholeSession_data()
+void TestSession::aWholeSessionIsScoredAsAnswered_data()
 {
     QTest::addColumn<bool>("feedBack");
     QTest::addColumn<bool>("autoPlay");
@@ -192,7 +192,7 @@ void TestSession::wholeSession_data()
 
 // Catches a trial that is lost, scored wrongly, written to another entry or record or shown as
 // another, a session which asks for "Next" where it must not, and means over the wrong count.
-void TestSession::wholeSession()
+void TestSession::aWholeSessionIsScoredAsAnswered()
 {
     QFETCH(const bool, feedBack);
     QFETCH(const bool, autoPlay);
@@ -280,7 +280,7 @@ void TestSession::wholeSession()
 
 // Catches an experiment that is not offered after practice, a file that is not written and
 // one that carries the other session's type or trials.
-void TestSession::practiceThenExperiment()
+void TestSession::anExperimentFollowsThePracticeWithItsOwnFiles()
 {
     QVERIFY(makeToken("MOV001.wav", 20));
     QVERIFY(makeToken("MOV002.wav", 20));
@@ -324,7 +324,7 @@ void TestSession::practiceThenExperiment()
 
 // Catches what one session leaves behind for the next: trials, tallies, or the closed window's
 // answers.
-void TestSession::severalInARow()
+void TestSession::aSessionLeavesNothingForTheNext()
 {
     QVERIFY(makeToken("MOV001.wav", 20));
     for (int session = 0; session < 4; ++session) {
@@ -345,7 +345,7 @@ void TestSession::severalInARow()
     }
 }
 
-void TestSession::delayBeforeTheToken_data()
+void TestSession::aTokenStartsItsDurationAndTheIntervalAfterThePress_data()
 {
     QTest::addColumn<State>("pressed"); // the state in which the button is pressed
     QTest::newRow("ready") << State::Waiting;
@@ -355,7 +355,7 @@ void TestSession::delayBeforeTheToken_data()
 
 // Catches a token that does not start when its duration and the silent interval have passed since
 // the button was pressed, but at half or twice that time or without one of the two.
-void TestSession::delayBeforeTheToken()
+void TestSession::aTokenStartsItsDurationAndTheIntervalAfterThePress()
 {
     QFETCH(const State, pressed);
     constexpr int duration = 250;
@@ -391,7 +391,7 @@ void TestSession::delayBeforeTheToken()
     QVERIFY2(heard >= duration, qPrintable(QString::number(heard)));
 }
 
-void TestSession::shownBeforeHeard_data()
+void TestSession::aTokenIsShownBeforeItIsHeard_data()
 {
     QTest::addColumn<bool>("autoPlay");
     QTest::newRow("automatic") << true;
@@ -399,7 +399,7 @@ void TestSession::shownBeforeHeard_data()
 }
 
 // Catches a waveform or spectrum of an earlier token, or none, when a token is prepared or starts.
-void TestSession::shownBeforeHeard()
+void TestSession::aTokenIsShownBeforeItIsHeard()
 {
     QFETCH(const bool, autoPlay);
     QVERIFY(makeToken("MOV001.wav", 20, 8192));
@@ -437,7 +437,7 @@ void TestSession::shownBeforeHeard()
 }
 
 // Catches a reaction clock that runs on from an earlier trial, starts with the sound or stops late.
-void TestSession::reactionTimes()
+void TestSession::aReactionTimeRunsFromTheEndOfTheSound()
 {
     constexpr int longestDelay = 60; // ms, between two readings of the clock on a busy machine
     QVERIFY(makeToken("MOV001.wav", 100));
@@ -464,7 +464,7 @@ void TestSession::reactionTimes()
     }
 }
 
-void TestSession::parametersReadAgain_data()
+void TestSession::theFieldsAreReadAgainAtEveryStepButNext_data()
 {
     QTest::addColumn<bool>("autoPlay");
     QTest::newRow("automatic") << true;
@@ -473,7 +473,7 @@ void TestSession::parametersReadAgain_data()
 
 // Catches fields that are not read when a session is prepared, at "Go", at its start or in the
 // automatic path, and fields that are read after "Next".
-void TestSession::parametersReadAgain()
+void TestSession::theFieldsAreReadAgainAtEveryStepButNext()
 {
     QFETCH(const bool, autoPlay);
     QVERIFY(makeToken("MOV001.wav", 20));
@@ -499,7 +499,7 @@ void TestSession::parametersReadAgain()
     QVERIFY(awaitAnswering());
 }
 
-void TestSession::debugLog_data()
+void TestSession::theDebugLogTellsStartNamesAndResponses_data()
 {
     QTest::addColumn<bool>("autoPlay");
     QTest::addColumn<QStringList>("lines");
@@ -513,7 +513,7 @@ void TestSession::debugLog_data()
 
 // Catches a line of the log that is missing, in other words or at another event: a file name is
 // told at the start and after "Next" alone.
-void TestSession::debugLog()
+void TestSession::theDebugLogTellsStartNamesAndResponses()
 {
     QFETCH(const bool, autoPlay);
     static QStringList lines;
@@ -538,7 +538,7 @@ void TestSession::debugLog()
 }
 
 // Catches samples read beyond a token whose own rate is lower than the session's.
-void TestSession::lowRate()
+void TestSession::aTokenOfALowerRateIsNotReadBeyondItsEnd()
 {
     for (const char *name : {"tokens/a.wav", "tokens/b.wav"})
         QVERIFY(writeFile(
@@ -559,7 +559,7 @@ void TestSession::lowRate()
 
 // Catches a token cut to the number of samples that the parameters, read back between two
 // presentations, come to: by the duration's three decimals or by the session's rate.
-void TestSession::wholeTokenIsPlayed()
+void TestSession::theWholeTokenIsPlayedWhateverCountIsReadBack()
 {
     constexpr int nRounded = 12010; // 250.208 ms, and 12009 samples again
     constexpr int nFast = 9600;
@@ -600,7 +600,7 @@ void TestSession::wholeTokenIsPlayed()
 }
 
 // Catches a token played although none is to be presented, and a session that cannot be left.
-void TestSession::neverPresented()
+void TestSession::aSessionWithoutPresentationsPlaysNothing()
 {
     QVERIFY(makeToken("MOV001.wav", 20));
     m_window->lineEditNTimes->setText("0");
@@ -621,7 +621,7 @@ void TestSession::neverPresented()
     QVERIFY(awaitAnswering());
 }
 
-void TestSession::invalidResponse_data()
+void TestSession::anInvalidResponseIsWarnedOfAndNotScored_data()
 {
     QTest::addColumn<int>("code");
     for (const int code : {1, 3, 6, -1, 2147483647})
@@ -629,7 +629,7 @@ void TestSession::invalidResponse_data()
 }
 
 // Catches a code that is taken for an answer, a warning in other words, and plays that count on.
-void TestSession::invalidResponse()
+void TestSession::anInvalidResponseIsWarnedOfAndNotScored()
 {
     QFETCH(const int, code);
     QVERIFY(makeToken("MOV001.wav", 20));
@@ -656,7 +656,7 @@ void TestSession::invalidResponse()
 }
 
 // Catches a session that does not end as by an answer when "Next" comes after the last token.
-void TestSession::nextAtTheEnd()
+void TestSession::nextAfterTheLastTokenEndsTheSession()
 {
     QVERIFY(makeToken("MOV001.wav", 20));
     m_window->checkBoxSaveData->setChecked(true);
@@ -674,7 +674,7 @@ void TestSession::nextAtTheEnd()
     QCOMPARE(m_window->trialIndex, 1);
 }
 
-void TestSession::closing_data()
+void TestSession::onlyAConfirmedCloseEndsTheSession_data()
 {
     QTest::addColumn<State>("state");
     QTest::addColumn<int>("button");
@@ -688,7 +688,7 @@ void TestSession::closing_data()
 
 // Catches a session that ends although closing was refused or goes on although it was confirmed,
 // and an operator's window that stays locked.
-void TestSession::closing()
+void TestSession::onlyAConfirmedCloseEndsTheSession()
 {
     QFETCH(const State, state);
     QFETCH(const int, button);
@@ -721,7 +721,7 @@ void TestSession::closing()
     QCOMPARE(done.size(), state == State::Finished ? 2 : 1);
 }
 
-void TestSession::closingAsATokenComes_data()
+void TestSession::theQuestionCanBeAnsweredAsATokenComes_data()
 {
     QTest::addColumn<State>("asked");
     QTest::addColumn<bool>("dies");
@@ -737,7 +737,7 @@ void TestSession::closingAsATokenComes_data()
 
 // Catches a question that is locked together with the window below it: while a token sounds, or
 // for good when its end does not come.
-void TestSession::closingAsATokenComes()
+void TestSession::theQuestionCanBeAnsweredAsATokenComes()
 {
     QFETCH(const State, asked);
     QFETCH(const bool, dies);
@@ -776,7 +776,7 @@ void TestSession::closingAsATokenComes()
     }
 }
 
-void TestSession::timerOfTheDelay_data()
+void TestSession::theDelayRunsOnceAndIsPreciseBelowTwoSeconds_data()
 {
     QTest::addColumn<QString>("interval"); // ms, beside a token of 250 ms
     QTest::addColumn<int>("delay");
@@ -786,7 +786,7 @@ void TestSession::timerOfTheDelay_data()
 }
 
 // Catches a delay that is rounded, kept by the other kind of timer, or repeated.
-void TestSession::timerOfTheDelay()
+void TestSession::theDelayRunsOnceAndIsPreciseBelowTwoSeconds()
 {
     QFETCH(const QString, interval);
     QVERIFY(makeToken("MOV001.wav", 250));
@@ -801,7 +801,7 @@ void TestSession::timerOfTheDelay()
 }
 
 // Catches a scheduled token of a broken session that fails or does not play.
-void TestSession::staleTimerPlaysOn()
+void TestSession::theScheduledTokenOfABrokenOffSessionStillPlays()
 {
     QVERIFY(makeToken("MOV001.wav", 40));
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
@@ -817,7 +817,7 @@ void TestSession::staleTimerPlaysOn()
 
 // Catches the scheduled token of a broken session that sounds when the next one has been prepared:
 // it would be that one's first token, before the subject is ready.
-void TestSession::staleTimerAndPreparation()
+void TestSession::aPreparationStopsTheScheduledToken()
 {
     QVERIFY(makeToken("MOV001.wav", 20));
     m_window->lineEditSi->setText("600.000");
@@ -833,7 +833,7 @@ void TestSession::staleTimerAndPreparation()
 }
 
 // Catches the scheduled token of a broken session that sounds in the next one.
-void TestSession::staleTimerAndNextSession()
+void TestSession::noEarlierScheduledTokenSoundsInTheNextSession()
 {
     QVERIFY(makeToken("MOV001.wav", 20));
     m_window->lineEditSi->setText("900.000");
@@ -857,7 +857,7 @@ void TestSession::staleTimerAndNextSession()
 }
 
 // Catches the sound of a broken session that runs into the next one, or ends its first token.
-void TestSession::soundingTokenAndNextSession()
+void TestSession::noEarlierSoundRunsIntoTheNextSession()
 {
     constexpr int longSound = 1500; // ms
     QVERIFY(makeToken("MOV001.wav", 20));
@@ -886,7 +886,7 @@ void TestSession::soundingTokenAndNextSession()
 
 // Catches entries of one count of presentations and an order of another: the field may be typed in
 // while the preparation waits for the earlier sound's release, or for the folder.
-void TestSession::countTypedDuringPreparation()
+void TestSession::entriesAndOrderAgreeOnACountTypedMeanwhile()
 {
     QVERIFY(makeToken("MOV001.wav", 400));
     m_window->lineEditSi->setText("0.000");
@@ -908,7 +908,7 @@ void TestSession::countTypedDuringPreparation()
     QCOMPARE(m_window->randomSequence.size(), m_window->data.nTimes);
 }
 
-void TestSession::quit_data()
+void TestSession::quitEndsTheProgramWithoutWritingFiles_data()
 {
     QTest::addColumn<State>("state");
     QTest::newRow("prepared") << State::Prepared;
@@ -918,7 +918,7 @@ void TestSession::quit_data()
 
 // Catches a program that does not end with its main window, asks or saves on the way, or fails
 // while it is taken down.
-void TestSession::quit()
+void TestSession::quitEndsTheProgramWithoutWritingFiles()
 {
     QFETCH(const State, state);
     QVERIFY(makeToken("MOV001.wav", 200));
@@ -944,7 +944,7 @@ void TestSession::quit()
                                "/CHD001"));
 }
 
-void TestSession::badToken_data()
+void TestSession::aFaultyFileDoesNotStopTheSession_data()
 {
     QTest::addColumn<QByteArray>("file");
     QTest::addColumn<QList<double>>("expected");
@@ -982,7 +982,7 @@ void TestSession::badToken_data()
 
 // Catches a faulty file that ends the program, stops the session or is heard as noise: the trial
 // goes on with the previous token's samples.
-void TestSession::badToken()
+void TestSession::aFaultyFileDoesNotStopTheSession()
 {
     QFETCH(const QByteArray, file);
     QFETCH(const QList<double>, expected);
@@ -1008,7 +1008,7 @@ void TestSession::badToken()
 }
 
 // Catches a session that hangs when no token has been read before the faulty one.
-void TestSession::onlyABadToken()
+void TestSession::aSessionOfOneFaultyTokenCanBeAnswered()
 {
     QVERIFY(writeFile(path("tokens/b.wav"), "no sound at all"));
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
@@ -1022,7 +1022,7 @@ void TestSession::onlyABadToken()
 }
 
 // Catches a session that fails when a token vanishes in its course.
-void TestSession::removedToken()
+void TestSession::aTokenRemovedMeanwhileDoesNotStopTheSession()
 {
     QVERIFY(makeToken("a.wav", 20, 8192));
     QVERIFY(makeToken("b.wav", 20, -8192));

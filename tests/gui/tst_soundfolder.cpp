@@ -31,22 +31,22 @@ private slots:
     void init();
     void cleanup();
 
-    void dialog();
-    void listing_data();
-    void listing();
-    void listingReplacesTheFormer();
-    void firstTokenIsShown();
-    void refused_data();
-    void refused();
-    void anotherFolder();
-    void refusedAfterASession();
-    void cancelled();
-    void cancelledBesideTokens();
-    void experimentButton();
-    void entries_data();
-    void entries();
-    void tooManyPresentations_data();
-    void tooManyPresentations();
+    void practiceAsksForAFolderFromTheDesktopOn();
+    void theWavFilesOfTheFolderAreTheTokensInOrder_data();
+    void theWavFilesOfTheFolderAreTheTokensInOrder();
+    void anotherFolderReplacesTheTokens();
+    void theFieldsShowTheFirstToken();
+    void refusingAnotherFolderLeavesNothingPrepared_data();
+    void refusingAnotherFolderLeavesNothingPrepared();
+    void foldersAreAskedForUntilOneHasTokens();
+    void refusingAfterAPreparationLocksGo();
+    void aCancelledChoiceLeadsToTheQuestion();
+    void aCancelledChoiceTakesTheWorkingDirectory();
+    void theButtonPressedDecidesTheSessionType();
+    void thereIsAnEntryForEachPresentation_data();
+    void thereIsAnEntryForEachPresentation();
+    void tooManyPresentationsAreRefusedWithAWarning_data();
+    void tooManyPresentationsAreRefusedWithAWarning();
 
 private:
     /// Makes the files, and by a trailing slash the folders, of these names.
@@ -93,7 +93,7 @@ QStringList TestSoundFolder::listed() const
 }
 
 // Catches another caption, start folder or option, and files hidden from the operator's view.
-void TestSoundFolder::dialog()
+void TestSoundFolder::practiceAsksForAFolderFromTheDesktopOn()
 {
     QVERIFY(QDir().mkpath(desktop()));
     QVERIFY(make({"a.wav"}));
@@ -113,7 +113,7 @@ void TestSoundFolder::dialog()
     QCOMPARE(m_window->data.desktopPath, desktop());
 }
 
-void TestSoundFolder::listing_data()
+void TestSoundFolder::theWavFilesOfTheFolderAreTheTokensInOrder_data()
 {
     QTest::addColumn<QStringList>("files");
     QTest::addColumn<QStringList>("tokens");
@@ -134,7 +134,7 @@ void TestSoundFolder::listing_data()
 
 // Catches a file that is wrongly left out or taken, another order, and a field that is not left
 // at its default.
-void TestSoundFolder::listing()
+void TestSoundFolder::theWavFilesOfTheFolderAreTheTokensInOrder()
 {
     QFETCH(const QStringList, files);
     QVERIFY(make(files));
@@ -154,7 +154,7 @@ void TestSoundFolder::listing()
 }
 
 // Catches tokens of an earlier folder that stay in the list.
-void TestSoundFolder::listingReplacesTheFormer()
+void TestSoundFolder::anotherFolderReplacesTheTokens()
 {
     QVERIFY(make({"one/", "one/a.wav", "one/b.wav", "two/", "two/c.wav"}));
     ModalAnswer answers;
@@ -171,7 +171,7 @@ void TestSoundFolder::listingReplacesTheFormer()
 }
 
 // Catches fields that do not show the token which will be presented first.
-void TestSoundFolder::firstTokenIsShown()
+void TestSoundFolder::theFieldsShowTheFirstToken()
 {
     QVERIFY(make({"a.wav", "b.wav", "c.wav"}));
     m_window->lineEditNTimes->setText("2");
@@ -190,7 +190,7 @@ void TestSoundFolder::firstTokenIsShown()
     QCOMPARE(sequence, QList<int>({0, 0, 1, 1, 2, 2}));
 }
 
-void TestSoundFolder::refused_data()
+void TestSoundFolder::refusingAnotherFolderLeavesNothingPrepared_data()
 {
     QTest::addColumn<QStringList>("files");
     QTest::addColumn<bool>("escape");
@@ -201,7 +201,7 @@ void TestSoundFolder::refused_data()
 }
 
 // Catches a question that is not asked, asked in other words or asked again after it was refused.
-void TestSoundFolder::refused()
+void TestSoundFolder::refusingAnotherFolderLeavesNothingPrepared()
 {
     QFETCH(const QStringList, files);
     QFETCH(const bool, escape);
@@ -230,7 +230,7 @@ void TestSoundFolder::refused()
 }
 
 // Catches a Go that is left over from the former folder.
-void TestSoundFolder::refusedAfterASession()
+void TestSoundFolder::refusingAfterAPreparationLocksGo()
 {
     QVERIFY(make({"tokens/", "tokens/a.wav", "none/"}));
     ModalAnswer answers;
@@ -247,7 +247,7 @@ void TestSoundFolder::refusedAfterASession()
 }
 
 // Catches a second dialog that does not open, opens elsewhere, or whose folder is not taken.
-void TestSoundFolder::anotherFolder()
+void TestSoundFolder::foldersAreAskedForUntilOneHasTokens()
 {
     QVERIFY(make({"none/", "tokens/", "tokens/a.wav"}));
     ModalAnswer answers;
@@ -266,7 +266,7 @@ void TestSoundFolder::anotherFolder()
 }
 
 // Catches a cancelled choice that ends without the question or keeps the former folder.
-void TestSoundFolder::cancelled()
+void TestSoundFolder::aCancelledChoiceLeadsToTheQuestion()
 {
     QVERIFY(QDir::setCurrent(m_folder->path()));
     ModalAnswer answers;
@@ -280,7 +280,7 @@ void TestSoundFolder::cancelled()
 }
 
 // Catches an empty path that does not stand for the working directory.
-void TestSoundFolder::cancelledBesideTokens()
+void TestSoundFolder::aCancelledChoiceTakesTheWorkingDirectory()
 {
     QVERIFY(make({"a.wav"}));
     QVERIFY(QDir::setCurrent(m_folder->path()));
@@ -294,7 +294,7 @@ void TestSoundFolder::cancelledBesideTokens()
 }
 
 // Catches a session type that does not follow the button, and an experiment that locks itself.
-void TestSoundFolder::experimentButton()
+void TestSoundFolder::theButtonPressedDecidesTheSessionType()
 {
     QVERIFY(make({"a.wav"}));
     m_window->refreshMainWindow();
@@ -316,7 +316,7 @@ void TestSoundFolder::experimentButton()
     QVERIFY(!m_window->pushButtonExperiment->isEnabled());
 }
 
-void TestSoundFolder::entries_data()
+void TestSoundFolder::thereIsAnEntryForEachPresentation_data()
 {
     QTest::addColumn<QString>("nTimes");
     QTest::addColumn<int>("count");
@@ -329,7 +329,7 @@ void TestSoundFolder::entries_data()
 }
 
 // Catches another number of trials, and a first token that is looked up in an empty order.
-void TestSoundFolder::entries()
+void TestSoundFolder::thereIsAnEntryForEachPresentation()
 {
     QFETCH(const QString, nTimes);
     QFETCH(const int, count);
@@ -346,7 +346,7 @@ void TestSoundFolder::entries()
     QCOMPARE(m_window->lineEditStatus->text(), QString("practice 1/%1").arg(count));
 }
 
-void TestSoundFolder::tooManyPresentations_data()
+void TestSoundFolder::tooManyPresentationsAreRefusedWithAWarning_data()
 {
     QTest::addColumn<QString>("nTimes");
     QTest::newRow("one too many") << "500001";
@@ -355,7 +355,7 @@ void TestSoundFolder::tooManyPresentations_data()
 }
 
 // Catches a mistyped number that takes all memory, and a session prepared in spite of the warning.
-void TestSoundFolder::tooManyPresentations()
+void TestSoundFolder::tooManyPresentationsAreRefusedWithAWarning()
 {
     QFETCH(const QString, nTimes);
     QVERIFY(make({"a.wav", "b.wav"}));

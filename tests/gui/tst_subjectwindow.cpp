@@ -40,37 +40,37 @@ private slots:
     void init();
     void cleanup();
 
-    void signalsAndSlots();
-    void titleAndTexts();
-    void layout();
-    void policies();
-    void geometryAtStart();
-    void geometry_data();
-    void geometry();
-    void pictures_data();
-    void pictures();
+    void theSignalsAndSlotsStandInTheirOrder();
+    void theWindowStartsWithItsTextsAndOneButton();
+    void eachWidgetHasItsCellInTheGrid();
+    void answerButtonsFillTheWindowAndTheResultCanBeCopied();
+    void theWindowStartsInTheMiddleOfTheScreen();
+    void theWindowTakesItsShareOfTheScreenWithinLimits_data();
+    void theWindowTakesItsShareOfTheScreenWithinLimits();
+    void theFeedbackPicturesAreInTheProgram_data();
+    void theFeedbackPicturesAreInTheProgram();
 
-    void states_data();
-    void states();
-    void codes_data();
-    void codes();
-    void responsesOnce();
-    void choiceButtonsAlone();
+    void eachStateShowsAndEnablesItsButtons_data();
+    void eachStateShowsAndEnablesItsButtons();
+    void eachButtonSendsItsCodeOnce_data();
+    void eachButtonSendsItsCodeOnce();
+    void aTokenTakesOneAnswerAndOneNext();
+    void theAnswerButtonsAreSwitchedTogetherAndAlone();
 
-    void listeningTakesNoAnswer();
-    void pictureChoice_data();
-    void pictureChoice();
-    void pictureGoesWithTheNextToken();
-    void pictureBeforeTheSignal();
-    void greyBeforeHover();
+    void noAnswerIsTakenWhileATokenSounds();
+    void feedbackIsShownOnThePressedButtonAlone_data();
+    void feedbackIsShownOnThePressedButtonAlone();
+    void thePictureStaysUntilTheNextTokenHasBeenHeard();
+    void thePictureIsChosenBeforeTheAnswerIsSent();
+    void strangerTurnsGreyBeforeItTakesTheHoverSheet();
 
-    void finalText_data();
-    void finalText();
+    void theResultIsWrittenButNotShown_data();
+    void theResultIsWrittenButNotShown();
 
-    void close_data();
-    void close();
-    void questionAsATokenComes();
-    void operatorHasQuit();
+    void theWindowClosesOnlyWhenConfirmed_data();
+    void theWindowClosesOnlyWhenConfirmed();
+    void theQuestionKeepsItsFocusAsATokenComes();
+    void theWindowClosesUnaskedAfterTheOperatorsWindow();
 
 private:
     QPushButton *button(const char *name) const { return m_window->findChild<QPushButton *>(name); }
@@ -116,7 +116,7 @@ QStringList TestSubjectWindow::enabled() const
 }
 
 // Catches a signal or slot that is missing, out of order or with other arguments.
-void TestSubjectWindow::signalsAndSlots()
+void TestSubjectWindow::theSignalsAndSlotsStandInTheirOrder()
 {
     QCOMPARE(methodTable(SubjectWindow::staticMetaObject),
              QStringList({"signal subjectResponded(int)", "signal subjectWindowClosed()",
@@ -129,7 +129,7 @@ void TestSubjectWindow::signalsAndSlots()
 }
 
 // Catches a changed title or text, and an icon where the platform's default is to show.
-void TestSubjectWindow::titleAndTexts()
+void TestSubjectWindow::theWindowStartsWithItsTextsAndOneButton()
 {
     QCOMPARE(m_window->windowTitle(), "Tavel Lab | Ostrine (v014) | Subject Window");
     QVERIFY(m_window->windowIcon().pixmap(16).isNull());
@@ -144,7 +144,7 @@ void TestSubjectWindow::titleAndTexts()
 }
 
 // Catches a widget in another cell or with another span.
-void TestSubjectWindow::layout()
+void TestSubjectWindow::eachWidgetHasItsCellInTheGrid()
 {
     const auto *grid =
         qobject_cast<QGridLayout *>(m_window->QMainWindow::centralWidget()->layout());
@@ -164,7 +164,7 @@ void TestSubjectWindow::layout()
 }
 
 // Catches answer buttons that do not fill the window, and a label that cannot be copied from.
-void TestSubjectWindow::policies()
+void TestSubjectWindow::answerButtonsFillTheWindowAndTheResultCanBeCopied()
 {
     for (const char *name : {"pushButtonChoice2", "pushButtonChoice4"}) {
         QCOMPARE(button(name)->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
@@ -181,14 +181,14 @@ void TestSubjectWindow::policies()
 }
 
 // Catches other shares of the screen or another place than its middle; run on two screens.
-void TestSubjectWindow::geometryAtStart()
+void TestSubjectWindow::theWindowStartsInTheMiddleOfTheScreen()
 {
     QCOMPARE(QGuiApplication::primaryScreen()->availableSize(), testScreen());
     QCOMPARE(m_window->geometry(), testScreen() == QSize(1440, 900) ? QRect(432, 270, 576, 360)
                                                                     : QRect(240, 240, 320, 320));
 }
 
-void TestSubjectWindow::geometry_data()
+void TestSubjectWindow::theWindowTakesItsShareOfTheScreenWithinLimits_data()
 {
     QTest::addColumn<bool>("center");
     QTest::addColumn<double>("width");
@@ -206,7 +206,7 @@ void TestSubjectWindow::geometry_data()
 }
 
 // Catches a fraction that is not limited or rounded, and a corner that is not kept.
-void TestSubjectWindow::geometry()
+void TestSubjectWindow::theWindowTakesItsShareOfTheScreenWithinLimits()
 {
     QFETCH(const bool, center);
     QFETCH(const double, width);
@@ -217,7 +217,7 @@ void TestSubjectWindow::geometry()
     QTEST(m_window->geometry(), "expected");
 }
 
-void TestSubjectWindow::pictures_data()
+void TestSubjectWindow::theFeedbackPicturesAreInTheProgram_data()
 {
     QTest::addColumn<QString>("path");
     QTest::newRow("correct") << ":/imageFiles/correct.png";
@@ -225,7 +225,7 @@ void TestSubjectWindow::pictures_data()
 }
 
 // Catches a picture that is not compiled in, is empty or of another size.
-void TestSubjectWindow::pictures()
+void TestSubjectWindow::theFeedbackPicturesAreInTheProgram()
 {
     QFETCH(const QString, path);
     const QImage picture(path);
@@ -239,7 +239,7 @@ void TestSubjectWindow::pictures()
     QVERIFY(somethingDrawn);
 }
 
-void TestSubjectWindow::states_data()
+void TestSubjectWindow::eachStateShowsAndEnablesItsButtons_data()
 {
     QTest::addColumn<bool>("feedBack");
     QTest::addColumn<bool>("autoPlay");
@@ -312,7 +312,7 @@ void TestSubjectWindow::states_data()
 
 // Catches a button that can be seen or pressed in a state in which it must not, or cannot where
 // it must.
-void TestSubjectWindow::states()
+void TestSubjectWindow::eachStateShowsAndEnablesItsButtons()
 {
     QFETCH(const bool, feedBack);
     QFETCH(const bool, autoPlay);
@@ -337,7 +337,7 @@ void TestSubjectWindow::states()
     QTEST(enabled(), "enabled");
 }
 
-void TestSubjectWindow::codes_data()
+void TestSubjectWindow::eachButtonSendsItsCodeOnce_data()
 {
     QTest::addColumn<int>("code");
     QTest::newRow("pushButtonIAmReady") << 0;
@@ -347,7 +347,7 @@ void TestSubjectWindow::codes_data()
 }
 
 // Catches a button that sends another code, none or more than one.
-void TestSubjectWindow::codes()
+void TestSubjectWindow::eachButtonSendsItsCodeOnce()
 {
     QFETCH(const int, code);
     m_window->receiveFeedBackStatus(true);
@@ -364,7 +364,7 @@ void TestSubjectWindow::codes()
 }
 
 // Catches a second answer to the same token, by either button, and a second Next.
-void TestSubjectWindow::responsesOnce()
+void TestSubjectWindow::aTokenTakesOneAnswerAndOneNext()
 {
     m_window->receiveFeedBackStatus(true);
     click("pushButtonIAmReady");
@@ -380,7 +380,7 @@ void TestSubjectWindow::responsesOnce()
 }
 
 // Catches an operation on both answer buttons that touches one of them or anything else.
-void TestSubjectWindow::choiceButtonsAlone()
+void TestSubjectWindow::theAnswerButtonsAreSwitchedTogetherAndAlone()
 {
     m_window->disableAllChoiceButtons();
     QVERIFY(!button("pushButtonChoice2")->isEnabled());
@@ -394,7 +394,7 @@ void TestSubjectWindow::choiceButtonsAlone()
 }
 
 // Catches an answer by mouse or keyboard while the token still sounds.
-void TestSubjectWindow::listeningTakesNoAnswer()
+void TestSubjectWindow::noAnswerIsTakenWhileATokenSounds()
 {
     m_window->receiveFeedBackStatus(true);
     click("pushButtonIAmReady");
@@ -407,7 +407,7 @@ void TestSubjectWindow::listeningTakesNoAnswer()
     QCOMPARE(responses.size(), 0);
 }
 
-void TestSubjectWindow::pictureChoice_data()
+void TestSubjectWindow::feedbackIsShownOnThePressedButtonAlone_data()
 {
     QTest::addColumn<QString>("subCode");
     QTest::addColumn<QString>("fileName");
@@ -439,7 +439,7 @@ void TestSubjectWindow::pictureChoice_data()
 }
 
 // Catches praise for a wrong answer, a picture on the other button and one that is not wanted.
-void TestSubjectWindow::pictureChoice()
+void TestSubjectWindow::feedbackIsShownOnThePressedButtonAlone()
 {
     QFETCH(const QString, subCode);
     QFETCH(const QString, fileName);
@@ -461,7 +461,7 @@ void TestSubjectWindow::pictureChoice()
 }
 
 // Catches a picture that vanishes while the next token plays or stays for its answer.
-void TestSubjectWindow::pictureGoesWithTheNextToken()
+void TestSubjectWindow::thePictureStaysUntilTheNextTokenHasBeenHeard()
 {
     m_window->receiveFeedBackStatus(true);
     m_window->receiveSubCode("CHD001");
@@ -477,7 +477,7 @@ void TestSubjectWindow::pictureGoesWithTheNextToken()
 }
 
 // Catches a picture chosen by the next token's name, which arrives in answer to the signal.
-void TestSubjectWindow::pictureBeforeTheSignal()
+void TestSubjectWindow::thePictureIsChosenBeforeTheAnswerIsSent()
 {
     m_window->receiveFeedBackStatus(true);
     m_window->receiveSubCode("CHD001");
@@ -495,7 +495,7 @@ void TestSubjectWindow::pictureBeforeTheSignal()
 }
 
 // Catches the sheets of "Stranger" in another order, or one of them left out.
-void TestSubjectWindow::greyBeforeHover()
+void TestSubjectWindow::strangerTurnsGreyBeforeItTakesTheHoverSheet()
 {
     /// Notes every sheet that a button gets.
     struct Sheets : QObject
@@ -518,7 +518,7 @@ void TestSubjectWindow::greyBeforeHover()
                           hoverSheet}));
 }
 
-void TestSubjectWindow::finalText_data()
+void TestSubjectWindow::theResultIsWrittenButNotShown_data()
 {
     QTest::addColumn<double>("threshold");
     QTest::addColumn<double>("reactionTime");
@@ -538,7 +538,7 @@ void TestSubjectWindow::finalText_data()
 }
 
 // Catches another prefix or notation, and the label shown.
-void TestSubjectWindow::finalText()
+void TestSubjectWindow::theResultIsWrittenButNotShown()
 {
     QFETCH(const double, threshold);
     QFETCH(const double, reactionTime);
@@ -549,7 +549,7 @@ void TestSubjectWindow::finalText()
     QVERIFY(!label->isVisible());
 }
 
-void TestSubjectWindow::close_data()
+void TestSubjectWindow::theWindowClosesOnlyWhenConfirmed_data()
 {
     QTest::addColumn<QString>("by");
     QTest::addColumn<int>("answer");
@@ -563,7 +563,7 @@ void TestSubjectWindow::close_data()
 }
 
 // Catches a window that closes unasked or against the answer, and a changed question.
-void TestSubjectWindow::close()
+void TestSubjectWindow::theWindowClosesOnlyWhenConfirmed()
 {
     QFETCH(const QString, by);
     QFETCH(const int, answer);
@@ -597,7 +597,7 @@ void TestSubjectWindow::close()
 
 // Catches a question that is locked when a token starts, or forgets which button has been chosen:
 // Enter would then close the window in spite of "No".
-void TestSubjectWindow::questionAsATokenComes()
+void TestSubjectWindow::theQuestionKeepsItsFocusAsATokenComes()
 {
     click("pushButtonIAmReady");
     QStringList problems;
@@ -623,7 +623,7 @@ void TestSubjectWindow::questionAsATokenComes()
 
 // Catches a question that nobody is left to answer, and a report of closing to a window that is
 // closed itself.
-void TestSubjectWindow::operatorHasQuit()
+void TestSubjectWindow::theWindowClosesUnaskedAfterTheOperatorsWindow()
 {
     const ModalAnswer nothing;
     QWidget operatorsWindow;

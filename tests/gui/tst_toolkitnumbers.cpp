@@ -41,24 +41,24 @@ class TestToolkitNumbers : public ToolkitTest
     Q_OBJECT
 
 private slots:
-    void integer_data();
-    void integer();
-    void integerBelowMin_data();
-    void integerBelowMin();
-    void integerDivisorZero_data();
-    void integerDivisorZero();
-    void integersReachEveryValue();
-    void integers_data();
-    void integers();
-    void integersForced_data();
-    void integersForced();
-    void integerRms_data();
-    void integerRms();
-    void doubleRms_data();
-    void doubleRms();
+    void aRandomIntegerIsTheDrawFoldedIntoTheRange_data();
+    void aRandomIntegerIsTheDrawFoldedIntoTheRange();
+    void aReversedRangeWarnsAndIsUsedAsItStands_data();
+    void aReversedRangeWarnsAndIsUsedAsItStands();
+    void aRangeOfDivisorZeroWarnsTwiceAndGivesMin_data();
+    void aRangeOfDivisorZeroWarnsTwiceAndGivesMin();
+    void randomIntegersReachEveryValueOfTheRange();
+    void randomIntegersAreSeededByTheSecond_data();
+    void randomIntegersAreSeededByTheSecond();
+    void integersOfAReversedRangeAreForcedToMax_data();
+    void integersOfAReversedRangeAreForcedToMax();
+    void rmsOfIntegersWrapsItsSquaresTo32Bits_data();
+    void rmsOfIntegersWrapsItsSquaresTo32Bits();
+    void rmsOfDoublesSumsTheSquaresInOrder_data();
+    void rmsOfDoublesSumsTheSquaresInOrder();
 };
 
-void TestToolkitNumbers::integer_data()
+void TestToolkitNumbers::aRandomIntegerIsTheDrawFoldedIntoTheRange_data()
 {
     QTest::addColumn<int>("min");
     QTest::addColumn<int>("max");
@@ -78,7 +78,7 @@ void TestToolkitNumbers::integer_data()
 
 // Catches a generator that is seeded again, another remainder, a result outside the range and, by
 // the sanitizer, an overflow.
-void TestToolkitNumbers::integer()
+void TestToolkitNumbers::aRandomIntegerIsTheDrawFoldedIntoTheRange()
 {
     QFETCH(const int, min);
     QFETCH(const int, max);
@@ -91,7 +91,7 @@ void TestToolkitNumbers::integer()
     QCOMPARE(drawn, expectedIntegers(42, 1000, min, max));
 }
 
-void TestToolkitNumbers::integerBelowMin_data()
+void TestToolkitNumbers::aReversedRangeWarnsAndIsUsedAsItStands_data()
 {
     QTest::addColumn<int>("min");
     QTest::addColumn<int>("max");
@@ -105,7 +105,7 @@ void TestToolkitNumbers::integerBelowMin_data()
 
 // Catches another text, a range that is put right, and the sign of the divisor taken by the
 // remainder.
-void TestToolkitNumbers::integerBelowMin()
+void TestToolkitNumbers::aReversedRangeWarnsAndIsUsedAsItStands()
 {
     QFETCH(const int, min);
     QFETCH(const int, max);
@@ -121,7 +121,7 @@ void TestToolkitNumbers::integerBelowMin()
     QCOMPARE(drawn, expectedIntegers(7, 3, min, max));
 }
 
-void TestToolkitNumbers::integerDivisorZero_data()
+void TestToolkitNumbers::aRangeOfDivisorZeroWarnsTwiceAndGivesMin_data()
 {
     QTest::addColumn<int>("min");
     QTest::addColumn<int>("max");
@@ -132,7 +132,7 @@ void TestToolkitNumbers::integerDivisorZero_data()
 }
 
 // Catches a division by zero, and an error that is not reported.
-void TestToolkitNumbers::integerDivisorZero()
+void TestToolkitNumbers::aRangeOfDivisorZeroWarnsTwiceAndGivesMin()
 {
     QFETCH(const int, min);
     QFETCH(const int, max);
@@ -142,7 +142,7 @@ void TestToolkitNumbers::integerDivisorZero()
 }
 
 // Catches a range without one of its ends. A value is missed once in 10^66 times.
-void TestToolkitNumbers::integersReachEveryValue()
+void TestToolkitNumbers::randomIntegersReachEveryValueOfTheRange()
 {
     const QList<int> many = randomIntegers(1000, -3, 3);
     QList<int> one;
@@ -154,7 +154,7 @@ void TestToolkitNumbers::integersReachEveryValue()
     }
 }
 
-void TestToolkitNumbers::integers_data()
+void TestToolkitNumbers::randomIntegersAreSeededByTheSecond_data()
 {
     QTest::addColumn<int>("count");
     QTest::addColumn<int>("min");
@@ -172,7 +172,7 @@ void TestToolkitNumbers::integers_data()
 
 // Catches another seed or rule, a second call that goes on with the first one's sequence, and a
 // negative number of integers.
-void TestToolkitNumbers::integers()
+void TestToolkitNumbers::randomIntegersAreSeededByTheSecond()
 {
     QFETCH(const int, count);
     QFETCH(const int, min);
@@ -189,7 +189,7 @@ void TestToolkitNumbers::integers()
         QVERIFY(value >= min && value <= max);
 }
 
-void TestToolkitNumbers::integersForced_data()
+void TestToolkitNumbers::integersOfAReversedRangeAreForcedToMax_data()
 {
     QTest::addColumn<int>("count");
     QTest::addColumn<int>("min");
@@ -201,7 +201,7 @@ void TestToolkitNumbers::integersForced_data()
 }
 
 // Catches the other function's text, a bound taken from the wrong side and a division by zero.
-void TestToolkitNumbers::integersForced()
+void TestToolkitNumbers::integersOfAReversedRangeAreForcedToMax()
 {
     QFETCH(const int, count);
     QFETCH(const int, min);
@@ -211,7 +211,7 @@ void TestToolkitNumbers::integersForced()
     QVERIFY(shown({forcedWarning}));
 }
 
-void TestToolkitNumbers::integerRms_data()
+void TestToolkitNumbers::rmsOfIntegersWrapsItsSquaresTo32Bits_data()
 {
     QTest::addColumn<QList<int>>("values");
     QTest::addColumn<double>("expected");
@@ -232,7 +232,7 @@ void TestToolkitNumbers::integerRms_data()
 }
 
 // Catches squares or sums of another width, an integer division and, by the sanitizer, an overflow.
-void TestToolkitNumbers::integerRms()
+void TestToolkitNumbers::rmsOfIntegersWrapsItsSquaresTo32Bits()
 {
     QFETCH(const QList<int>, values);
     QFETCH(const double, expected);
@@ -241,7 +241,7 @@ void TestToolkitNumbers::integerRms()
              qPrintable(QString::number(actual, 'g', 17)));
 }
 
-void TestToolkitNumbers::doubleRms_data()
+void TestToolkitNumbers::rmsOfDoublesSumsTheSquaresInOrder_data()
 {
     QTest::addColumn<QList<double>>("values");
     QTest::addColumn<double>("expected");
@@ -255,7 +255,7 @@ void TestToolkitNumbers::doubleRms_data()
 }
 
 // Catches squares that are rounded to integers, and another order of the sum.
-void TestToolkitNumbers::doubleRms()
+void TestToolkitNumbers::rmsOfDoublesSumsTheSquaresInOrder()
 {
     QFETCH(const QList<double>, values);
     QFETCH(const double, expected);

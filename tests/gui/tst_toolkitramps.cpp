@@ -87,21 +87,21 @@ class TestToolkitRamps : public ToolkitTest
     Q_OBJECT
 
 private slots:
-    void rampExamples_data();
-    void rampExamples();
-    void rampWeights_data();
-    void rampWeights();
-    void rampMultiplies_data();
-    void rampMultiplies();
-    void nothingToRamp_data();
-    void nothingToRamp();
-    void rampsOverlap_data();
-    void rampsOverlap();
-    void rampsShareNothing_data();
-    void rampsShareNothing();
+    void rampsHaveTheirKnownWeightsAtBothEnds_data();
+    void rampsHaveTheirKnownWeightsAtBothEnds();
+    void rampsFollowTheirFormulaAndLeaveTheMiddle_data();
+    void rampsFollowTheirFormulaAndLeaveTheMiddle();
+    void rampsMultiplyTheSamplesTheyFind_data();
+    void rampsMultiplyTheSamplesTheyFind();
+    void aRampOfNoPointsChangesNothing_data();
+    void aRampOfNoPointsChangesNothing();
+    void overlappingRampsWarnAndBothApply_data();
+    void overlappingRampsWarnAndBothApply();
+    void rampsChangeNoCopyAndMoveTheirArgument_data();
+    void rampsChangeNoCopyAndMoveTheirArgument();
 };
 
-void TestToolkitRamps::rampExamples_data()
+void TestToolkitRamps::rampsHaveTheirKnownWeightsAtBothEnds_data()
 {
     QTest::addColumn<int>("shape");
     QTest::addColumn<QList<double>>("onset");
@@ -114,7 +114,7 @@ void TestToolkitRamps::rampExamples_data()
 
 // Catches another shape, a ramp that reaches 1, and an offset that does not mirror the onset. Ten
 // samples are exactly twice the ramp, which is not warned of.
-void TestToolkitRamps::rampExamples()
+void TestToolkitRamps::rampsHaveTheirKnownWeightsAtBothEnds()
 {
     QFETCH(const int, shape);
     QFETCH(const QList<double>, onset);
@@ -126,7 +126,7 @@ void TestToolkitRamps::rampExamples()
     }
 }
 
-void TestToolkitRamps::rampWeights_data()
+void TestToolkitRamps::rampsFollowTheirFormulaAndLeaveTheMiddle_data()
 {
     QTest::addColumn<int>("shape");
     QTest::addColumn<int>("nPoints");
@@ -142,7 +142,7 @@ void TestToolkitRamps::rampWeights_data()
 }
 
 // Catches weights beside the formula, a difference between onset and offset, and a touched middle.
-void TestToolkitRamps::rampWeights()
+void TestToolkitRamps::rampsFollowTheirFormulaAndLeaveTheMiddle()
 {
     QFETCH(const int, shape);
     QFETCH(const int, nPoints);
@@ -163,7 +163,7 @@ void TestToolkitRamps::rampWeights()
         QVERIFY(weights.at(i) == 1.0);
 }
 
-void TestToolkitRamps::rampMultiplies_data()
+void TestToolkitRamps::rampsMultiplyTheSamplesTheyFind_data()
 {
     QTest::addColumn<int>("shape");
     for (int shape = Cos; shape <= Linear; ++shape)
@@ -172,7 +172,7 @@ void TestToolkitRamps::rampMultiplies_data()
 
 // Catches samples that are replaced by the weights or taken from the wrong end, and a weight that
 // is squared where it should be applied twice, which would change the last bits of a token.
-void TestToolkitRamps::rampMultiplies()
+void TestToolkitRamps::rampsMultiplyTheSamplesTheyFind()
 {
     QFETCH(const int, shape);
     const Ramp &ramp = ramps.at(shape);
@@ -185,7 +185,7 @@ void TestToolkitRamps::rampMultiplies()
     }
 }
 
-void TestToolkitRamps::nothingToRamp_data()
+void TestToolkitRamps::aRampOfNoPointsChangesNothing_data()
 {
     QTest::addColumn<int>("shape");
     QTest::addColumn<int>("nPoints");
@@ -201,7 +201,7 @@ void TestToolkitRamps::nothingToRamp_data()
 }
 
 // Catches a ramp length taken as unsigned, a needless warning and a division by zero.
-void TestToolkitRamps::nothingToRamp()
+void TestToolkitRamps::aRampOfNoPointsChangesNothing()
 {
     QFETCH(const int, shape);
     QFETCH(const int, nPoints);
@@ -212,7 +212,7 @@ void TestToolkitRamps::nothingToRamp()
     QCOMPARE(ramps.at(shape).byValue(asymmetric(nSamples), nPoints), asymmetric(nSamples));
 }
 
-void TestToolkitRamps::rampsOverlap_data()
+void TestToolkitRamps::overlappingRampsWarnAndBothApply_data()
 {
     QTest::addColumn<int>("shape");
     QTest::addColumn<int>("nPoints");
@@ -233,7 +233,7 @@ void TestToolkitRamps::rampsOverlap_data()
 
 // Catches a missing warning, a sample in both ramps weighted once, and - under the address
 // sanitizer or by a crash - an access outside the list.
-void TestToolkitRamps::rampsOverlap()
+void TestToolkitRamps::overlappingRampsWarnAndBothApply()
 {
     QFETCH(const int, shape);
     QFETCH(const int, nPoints);
@@ -256,14 +256,14 @@ void TestToolkitRamps::rampsOverlap()
     }
 }
 
-void TestToolkitRamps::rampsShareNothing_data()
+void TestToolkitRamps::rampsChangeNoCopyAndMoveTheirArgument_data()
 {
-    rampMultiplies_data();
+    rampsMultiplyTheSamplesTheyFind_data();
 }
 
 // Catches a ramp in place that reaches into a copy, one by value that changes its argument, and a
 // list that is copied where it could be moved through.
-void TestToolkitRamps::rampsShareNothing()
+void TestToolkitRamps::rampsChangeNoCopyAndMoveTheirArgument()
 {
     QFETCH(const int, shape);
     QList<double> samples(10, 1.0);

@@ -52,31 +52,31 @@ class TestToolkitTones : public ToolkitTest
     Q_OBJECT
 
 private slots:
-    void noiseIsUniform();
+    void noiseIsUniformFromZeroToOne();
     void noiseIsSeededByTheSecond();
     void noiseChangesWithTheSecond();
-    void noNoise_data();
-    void noNoise();
-    void length_data();
-    void length();
-    void sineStartsAtItsPhase();
-    void sineByFormula_data();
-    void sineByFormula();
-    void sineInClosedForm_data();
-    void sineInClosedForm();
-    void samStartsAtItsEnvelopePeak();
-    void samByFormula_data();
-    void samByFormula();
-    void samInClosedForm_data();
-    void samInClosedForm();
-    void samNormalisedToItsPeak_data();
-    void samNormalisedToItsPeak();
-    void samNormalisedByZero();
+    void noiseOfNoSamplesStillSeedsTheGenerator_data();
+    void noiseOfNoSamplesStillSeedsTheGenerator();
+    void aTonesLengthIsTheProductCutToAnInt_data();
+    void aTonesLengthIsTheProductCutToAnInt();
+    void aSineStartsAtItsPhase();
+    void aSineFollowsItsFormulaToTheLastBit_data();
+    void aSineFollowsItsFormulaToTheLastBit();
+    void aSineHasTheMeanPeakAndPowerOfItsClosedForm_data();
+    void aSineHasTheMeanPeakAndPowerOfItsClosedForm();
+    void aModulatedToneStartsAtItsEnvelopePeak();
+    void aModulatedToneFollowsItsFormulaToTheLastBit_data();
+    void aModulatedToneFollowsItsFormulaToTheLastBit();
+    void aModulatedToneHasTheMeanAndPowerOfItsClosedForm_data();
+    void aModulatedToneHasTheMeanAndPowerOfItsClosedForm();
+    void aModulatedToneIsNormalisedToItsEnvelopePeak_data();
+    void aModulatedToneIsNormalisedToItsEnvelopePeak();
+    void normalisingByZeroGivesNoFiniteSample();
 };
 
 // Catches noise that is centred, scaled otherwise or not uniform. The bounds are five standard
 // deviations of the mean and of the variance: 1 / sqrt(12 n) and 1 / sqrt(180 n).
-void TestToolkitTones::noiseIsUniform()
+void TestToolkitTones::noiseIsUniformFromZeroToOne()
 {
     constexpr int n = 1'000'000;
     const QList<double> noise = whiteNoise(n);
@@ -116,7 +116,7 @@ void TestToolkitTones::noiseChangesWithTheSecond()
     QTRY_VERIFY(whiteNoise(1000) != noise);
 }
 
-void TestToolkitTones::noNoise_data()
+void TestToolkitTones::noiseOfNoSamplesStillSeedsTheGenerator_data()
 {
     QTest::addColumn<int>("nSamples");
     QTest::newRow("none") << 0;
@@ -125,7 +125,7 @@ void TestToolkitTones::noNoise_data()
 }
 
 // Catches a negative size taken as it is, and an empty noise that does not seed.
-void TestToolkitTones::noNoise()
+void TestToolkitTones::noiseOfNoSamplesStillSeedsTheGenerator()
 {
     QFETCH(const int, nSamples);
     QVERIFY(whiteNoise(nSamples).isEmpty());
@@ -138,7 +138,7 @@ void TestToolkitTones::noNoise()
     QVERIFY(seeded);
 }
 
-void TestToolkitTones::length_data()
+void TestToolkitTones::aTonesLengthIsTheProductCutToAnInt_data()
 {
     QTest::addColumn<double>("samplingRate");
     QTest::addColumn<double>("duration");
@@ -160,7 +160,7 @@ void TestToolkitTones::length_data()
 }
 
 // Catches rounding, and a conversion to int of what no int can hold.
-void TestToolkitTones::length()
+void TestToolkitTones::aTonesLengthIsTheProductCutToAnInt()
 {
     QFETCH(const double, samplingRate);
     QFETCH(const double, duration);
@@ -170,14 +170,14 @@ void TestToolkitTones::length()
 }
 
 // Catches a phase in radians, and a sample missing at the end.
-void TestToolkitTones::sineStartsAtItsPhase()
+void TestToolkitTones::aSineStartsAtItsPhase()
 {
     const QList<double> tone = sine(8000, 0.001, 1000, 1, 90);
     QCOMPARE(tone.size(), 8);
     QVERIFY(tone.first() == 1.0);
 }
 
-void TestToolkitTones::sineByFormula_data()
+void TestToolkitTones::aSineFollowsItsFormulaToTheLastBit_data()
 {
     QTest::addColumn<double>("samplingRate");
     QTest::addColumn<double>("frequency");
@@ -193,7 +193,7 @@ void TestToolkitTones::sineByFormula_data()
 
 // Catches any other order of the operations, which would change the last bits of a token; and, by
 // the comparison with a sine in turns and more digits, a formula that is itself wrong.
-void TestToolkitTones::sineByFormula()
+void TestToolkitTones::aSineFollowsItsFormulaToTheLastBit()
 {
     QFETCH(const double, samplingRate);
     QFETCH(const double, frequency);
@@ -216,7 +216,7 @@ void TestToolkitTones::sineByFormula()
     }
 }
 
-void TestToolkitTones::sineInClosedForm_data()
+void TestToolkitTones::aSineHasTheMeanPeakAndPowerOfItsClosedForm_data()
 {
     QTest::addColumn<double>("samplingRate");
     QTest::addColumn<double>("duration");
@@ -239,7 +239,7 @@ void TestToolkitTones::sineInClosedForm_data()
 
 // Catches an offset, a wrong amplitude or frequency and a missing period: the sums of sines and of
 // their squares, of any part of a period, are geometric series.
-void TestToolkitTones::sineInClosedForm()
+void TestToolkitTones::aSineHasTheMeanPeakAndPowerOfItsClosedForm()
 {
     QFETCH(const double, samplingRate);
     QFETCH(const double, duration);
@@ -262,7 +262,7 @@ void TestToolkitTones::sineInClosedForm()
 // Catches a modulator that is a sine as well, and a peak that is not normalised. At a quarter of
 // the sampling rate every odd sample is a crest of the carrier, and with a modulator of 125 samples
 // a period every second peak of the envelope falls on one.
-void TestToolkitTones::samStartsAtItsEnvelopePeak()
+void TestToolkitTones::aModulatedToneStartsAtItsEnvelopePeak()
 {
     const QList<double> tone = sam(8000, 1, 2000, 64, 1, 0.7, 0, 0, true);
     QCOMPARE(tone.size(), 8000);
@@ -273,7 +273,7 @@ void TestToolkitTones::samStartsAtItsEnvelopePeak()
     QVERIFY(tone.at(1) > 0.69);
 }
 
-void TestToolkitTones::samByFormula_data()
+void TestToolkitTones::aModulatedToneFollowsItsFormulaToTheLastBit_data()
 {
     QTest::addColumn<double>("modulationFrequency");
     QTest::addColumn<double>("depth");
@@ -291,7 +291,7 @@ void TestToolkitTones::samByFormula_data()
 }
 
 // Catches exchanged phases or frequencies, and any other order of the operations.
-void TestToolkitTones::samByFormula()
+void TestToolkitTones::aModulatedToneFollowsItsFormulaToTheLastBit()
 {
     QFETCH(const double, modulationFrequency);
     QFETCH(const double, depth);
@@ -318,7 +318,7 @@ void TestToolkitTones::samByFormula()
     }
 }
 
-void TestToolkitTones::samInClosedForm_data()
+void TestToolkitTones::aModulatedToneHasTheMeanAndPowerOfItsClosedForm_data()
 {
     QTest::addColumn<double>("duration");
     QTest::addColumn<double>("depth");
@@ -337,7 +337,7 @@ void TestToolkitTones::samInClosedForm_data()
 // Catches a wrong depth, side band or scale: the tone is the sum of a carrier and, half the depth
 // high, of two side bands, whose means are known in closed form, and over whole periods their
 // powers too.
-void TestToolkitTones::samInClosedForm()
+void TestToolkitTones::aModulatedToneHasTheMeanAndPowerOfItsClosedForm()
 {
     QFETCH(const double, duration);
     QFETCH(const double, depth);
@@ -368,7 +368,7 @@ void TestToolkitTones::samInClosedForm()
     }
 }
 
-void TestToolkitTones::samNormalisedToItsPeak_data()
+void TestToolkitTones::aModulatedToneIsNormalisedToItsEnvelopePeak_data()
 {
     QTest::addColumn<double>("depth");
     QTest::addColumn<double>("amplitude");
@@ -380,7 +380,7 @@ void TestToolkitTones::samNormalisedToItsPeak_data()
 
 // Catches a normalisation of anything but the envelope's peak. The carrier is a cosine sampled at
 // every 90 degrees, so that the even samples show the envelope.
-void TestToolkitTones::samNormalisedToItsPeak()
+void TestToolkitTones::aModulatedToneIsNormalisedToItsEnvelopePeak()
 {
     QFETCH(const double, depth);
     QFETCH(const double, amplitude);
@@ -393,7 +393,7 @@ void TestToolkitTones::samNormalisedToItsPeak()
 }
 
 // Catches a division that is skipped or ends the program.
-void TestToolkitTones::samNormalisedByZero()
+void TestToolkitTones::normalisingByZeroGivesNoFiniteSample()
 {
     const QList<double> tone = sam(8000, 0.01, 1000, 10, -1, 1, 0, 0, true);
     QCOMPARE(tone.size(), 80);
