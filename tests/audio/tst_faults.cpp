@@ -44,19 +44,19 @@ class TestFaults : public SessionTest
 
 private slots:
     void initTestCase();
-    void serverDiesWhilePlaying();
-    void serverGoneWhenPlaying();
-    void manyPlaysWithoutServer();
-    void defaultOutputChanges();
-    void outputSuspendedWhilePlaying();
-    void outputSuspendedBefore();
-    void serverStallsWhilePlaying_data();
-    void serverStallsWhilePlaying();
-    void serverIsLate();
-    void programIsLate_data();
-    void programIsLate();
-    void unsupportedFormat_data();
-    void unsupportedFormat();
+    void aServerThatDiesWhilePlayingEnablesNoAnswer();
+    void aServerGoneBeforePlayingEnablesNoAnswer();
+    void manyPlaysWithoutAServerLeaveNothingBehind();
+    void theNextTokenPlaysOnTheNewDefaultOutput();
+    void theAnswerIsEnabledAfterTheOutputWasSuspended();
+    void anOutputSuspendedBeforePlayingIsHeardToTheEnd();
+    void aStalledServerEnablesNoAnswerUntilItGoesOn_data();
+    void aStalledServerEnablesNoAnswerUntilItGoesOn();
+    void aLateServerIsReportedWithItsTrial();
+    void aLateReactionClockIsReportedWithItsTrial_data();
+    void aLateReactionClockIsReportedWithItsTrial();
+    void aRefusedFormatEnablesNoAnswer_data();
+    void aRefusedFormatEnablesNoAnswer();
 
 private:
     bool makeToken(const QString &name, int nSamples, quint32 seed) const;
@@ -189,7 +189,7 @@ void TestFaults::sessionWorks()
 // Catches a crash, an answer to a token of which the end was not heard, a failure without a
 // word, and a program that stays mute when the server is back. Qt looks for the server once again,
 // three seconds after it has lost it.
-void TestFaults::serverDiesWhilePlaying()
+void TestFaults::aServerThatDiesWhilePlayingEnablesNoAnswer()
 {
     constexpr int nSamples = 2 * rate;
     QVERIFY(makeToken("MOV001.wav", nSamples, 1));
@@ -217,7 +217,7 @@ void TestFaults::serverDiesWhilePlaying()
 }
 
 // Catches a program that waits for a server that is not there, and what the test above catches.
-void TestFaults::serverGoneWhenPlaying()
+void TestFaults::aServerGoneBeforePlayingEnablesNoAnswer()
 {
     sessionWorks();
     if (QTest::currentTestFailed())
@@ -244,7 +244,7 @@ void TestFaults::serverGoneWhenPlaying()
 
 // Catches outputs, sources and samples that pile up when nothing can be played, a play that fails
 // without a word, and the crash or the answer that may come of it.
-void TestFaults::manyPlaysWithoutServer()
+void TestFaults::manyPlaysWithoutAServerLeaveNothingBehind()
 {
     constexpr int nSettled = 5;
     constexpr int nPlays = 25;
@@ -286,7 +286,7 @@ void TestFaults::manyPlaysWithoutServer()
 }
 
 // Catches an output that is kept for all trials, and one that is chosen once and for all.
-void TestFaults::defaultOutputChanges()
+void TestFaults::theNextTokenPlaysOnTheNewDefaultOutput()
 {
     constexpr int nTokens = 5;
     for (int token = 1; token <= nTokens; ++token)
@@ -337,7 +337,7 @@ void TestFaults::defaultOutputChanges()
 // Catches an answer that is never enabled when the output has been put to sleep, and a session that
 // stays mute after that. PipeWire wakes an output up again as soon as it finds something to play,
 // but plays what is left of the token as silence, which nothing tells.
-void TestFaults::outputSuspendedWhilePlaying()
+void TestFaults::theAnswerIsEnabledAfterTheOutputWasSuspended()
 {
     QTest::failOnWarning(QRegularExpression(stopWarning));
     QVERIFY(getReadyForLongToken());
@@ -352,7 +352,7 @@ void TestFaults::outputSuspendedWhilePlaying()
 }
 
 // Catches an output that sleeps when the session begins and is not waited for, or in vain.
-void TestFaults::outputSuspendedBefore()
+void TestFaults::anOutputSuspendedBeforePlayingIsHeardToTheEnd()
 {
     QTest::failOnWarning(QRegularExpression(stopWarning));
     QVERIFY(makeToken("MOV001.wav", longToken, 1));
@@ -364,7 +364,7 @@ void TestFaults::outputSuspendedBefore()
     heardBeforeAnswering();
 }
 
-void TestFaults::serverStallsWhilePlaying_data()
+void TestFaults::aStalledServerEnablesNoAnswerUntilItGoesOn_data()
 {
     QTest::addColumn<int>("duration");
     QTest::addColumn<bool>("warning");
@@ -376,7 +376,7 @@ void TestFaults::serverStallsWhilePlaying_data()
 // Catches an end that is told by the clock: a server that stands still for longer than the token
 // would still last has not played it. Catches as well that nothing is said of it, and that a
 // token which goes on in the end cannot be answered.
-void TestFaults::serverStallsWhilePlaying()
+void TestFaults::aStalledServerEnablesNoAnswerUntilItGoesOn()
 {
     QFETCH(const int, duration);
     QFETCH(const bool, warning);
@@ -405,7 +405,7 @@ void TestFaults::serverStallsWhilePlaying()
 }
 
 // Catches a server that stood still for a moment without a word about it, or about another trial.
-void TestFaults::serverIsLate()
+void TestFaults::aLateServerIsReportedWithItsTrial()
 {
     constexpr int duration = 100; // ms
     QTest::ignoreMessage(
@@ -426,7 +426,7 @@ void TestFaults::serverIsLate()
     sessionGoesOn();
 }
 
-void TestFaults::programIsLate_data()
+void TestFaults::aLateReactionClockIsReportedWithItsTrial_data()
 {
     QTest::addColumn<bool>("told");
     QTest::newRow("before the last block is taken") << false;
@@ -435,7 +435,7 @@ void TestFaults::programIsLate_data()
 
 // Catches a reaction clock that was started late without a word: the program was busy with
 // something else when the token ended.
-void TestFaults::programIsLate()
+void TestFaults::aLateReactionClockIsReportedWithItsTrial()
 {
     QFETCH(const bool, told);
     constexpr int duration = 300; // ms
@@ -465,7 +465,7 @@ void TestFaults::programIsLate()
     sessionGoesOn();
 }
 
-void TestFaults::unsupportedFormat_data()
+void TestFaults::aRefusedFormatEnablesNoAnswer_data()
 {
     QTest::addColumn<int>("channels");
     QTest::addColumn<int>("sampleRate");
@@ -479,7 +479,7 @@ void TestFaults::unsupportedFormat_data()
 
 // Catches a division by a frame of no bytes, an answer to a sound that the output refused, and a
 // refusal without a word.
-void TestFaults::unsupportedFormat()
+void TestFaults::aRefusedFormatEnablesNoAnswer()
 {
     QFETCH(const int, channels);
     QFETCH(const int, sampleRate);

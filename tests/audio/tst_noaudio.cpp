@@ -9,12 +9,12 @@ class TestNoAudio : public QObject
     Q_OBJECT
 
 private slots:
-    void startUpWarnsOnce();
-    void playingEnablesNoAnswer();
+    void startingWithoutSoundWarnsOnce();
+    void playingWithoutSoundEnablesNoAnswer();
 };
 
 // Catches a program that does not start, or starts without a word, where nothing can be played.
-void TestNoAudio::startUpWarnsOnce()
+void TestNoAudio::startingWithoutSoundWarnsOnce()
 {
     QTest::ignoreMessage(QtWarningMsg,
                          "Raw audio format not supported by backend, cannot play audio.");
@@ -23,7 +23,7 @@ void TestNoAudio::startUpWarnsOnce()
 
 // Catches an answer that is asked for, and timed, although nothing was heard; and a crash when the
 // next play finds what is left of this one.
-void TestNoAudio::playingEnablesNoAnswer()
+void TestNoAudio::playingWithoutSoundEnablesNoAnswer()
 {
     OperatorWindow window;
     QSignalSpy playing(&window, &MainWindow::soundPlaying);

@@ -31,20 +31,20 @@ class TestPlayback : public QObject
     Q_OBJECT
 
 private slots:
-    void tokenIsHeardWhole_data();
-    void tokenIsHeardWhole();
-    void underrunEndsNothing();
-    void heldUpAtTheEnd();
-    void stopBeforeTheEndEndsNothing();
-    void newPlayReleasesTheOneBefore();
-    void closingReleasesWhatPlays();
-    void periodIsHeldDuringASession_data();
-    void periodIsHeldDuringASession();
-    void periodOfOthers_data();
-    void periodOfOthers();
+    void aTokenIsHeardWhole_data();
+    void aTokenIsHeardWhole();
+    void anUnderrunDoesNotEndTheToken();
+    void aProgramHeldUpAtTheEndTellsItOnce();
+    void anOutputStoppedBeforeTheEndEnablesNoAnswer();
+    void aNewPlayReleasesTheOneBefore();
+    void closingTheWindowReleasesWhatPlays();
+    void thePeriodIsHeldFromGoToTheSessionsEnd_data();
+    void thePeriodIsHeldFromGoToTheSessionsEnd();
+    void aTokenPlaysByOurPeriodWhateverOthersAskFor_data();
+    void aTokenPlaysByOurPeriodWhateverOthersAskFor();
 };
 
-void TestPlayback::tokenIsHeardWhole_data()
+void TestPlayback::aTokenIsHeardWhole_data()
 {
     QTest::addColumn<int>("nSamples");
 
@@ -64,7 +64,7 @@ void TestPlayback::tokenIsHeardWhole_data()
 // A machine that stops for a moment takes the sound server's time away and tears a gap into any
 // sound. A play with a gap is therefore repeated, a cut one is not: a hole of the program's own
 // making comes back each time.
-void TestPlayback::tokenIsHeardWhole()
+void TestPlayback::aTokenIsHeardWhole()
 {
     QFETCH(const int, nSamples);
     QFETCH(const int, heldUp);
@@ -100,7 +100,7 @@ void TestPlayback::tokenIsHeardWhole()
 }
 
 // Catches an output that ran dry for a moment being taken for the end of the sound.
-void TestPlayback::underrunEndsNothing()
+void TestPlayback::anUnderrunDoesNotEndTheToken()
 {
     OperatorWindow window;
     QSignalSpy playing(&window, &MainWindow::soundPlaying);
@@ -120,7 +120,7 @@ void TestPlayback::underrunEndsNothing()
 
 // Catches a token that never ends, or ends twice, when the program has missed its end and all of
 // the silence behind it, and a crash of the output that has run dry.
-void TestPlayback::heldUpAtTheEnd()
+void TestPlayback::aProgramHeldUpAtTheEndTellsItOnce()
 {
     OperatorWindow window;
     QSignalSpy playing(&window, &MainWindow::soundPlaying);
@@ -140,7 +140,7 @@ void TestPlayback::heldUpAtTheEnd()
 
 // Catches an answer to a token whose last moments were lost: the output stops when the server has
 // taken all of the token, but has not played it yet.
-void TestPlayback::stopBeforeTheEndEndsNothing()
+void TestPlayback::anOutputStoppedBeforeTheEndEnablesNoAnswer()
 {
     OperatorWindow window;
     QSignalSpy playing(&window, &MainWindow::soundPlaying);
@@ -168,7 +168,7 @@ void TestPlayback::stopBeforeTheEndEndsNothing()
 
 // Catches the long sound of a session that was broken off sounding on into the next one, ending its
 // token or announcing an end of its own.
-void TestPlayback::newPlayReleasesTheOneBefore()
+void TestPlayback::aNewPlayReleasesTheOneBefore()
 {
     OperatorWindow window;
     QSignalSpy playing(&window, &MainWindow::soundPlaying);
@@ -195,7 +195,7 @@ void TestPlayback::newPlayReleasesTheOneBefore()
 }
 
 // Catches a sink, buffer or timer outliving the window, which the sanitizers or a crash would show.
-void TestPlayback::closingReleasesWhatPlays()
+void TestPlayback::closingTheWindowReleasesWhatPlays()
 {
     {
         OperatorWindow window;
@@ -212,7 +212,7 @@ void TestPlayback::closingReleasesWhatPlays()
     QTRY_COMPARE_WITH_TIMEOUT(playing.size(), 2, endTimeout);
 }
 
-void TestPlayback::periodIsHeldDuringASession_data()
+void TestPlayback::thePeriodIsHeldFromGoToTheSessionsEnd_data()
 {
     QTest::addColumn<bool>("quit");
     QTest::newRow("the subject window is closed") << false;
@@ -221,7 +221,7 @@ void TestPlayback::periodIsHeldDuringASession_data()
 
 // Catches a period that is asked for only while a token plays, too late for the first one, or for
 // ever.
-void TestPlayback::periodIsHeldDuringASession()
+void TestPlayback::thePeriodIsHeldFromGoToTheSessionsEnd()
 {
     QFETCH(const bool, quit);
     const SoundServer server;
@@ -251,7 +251,7 @@ void TestPlayback::periodIsHeldDuringASession()
     QTRY_COMPARE_WITH_TIMEOUT(server.nStreamsWithPeriod(), 0, endTimeout);
 }
 
-void TestPlayback::periodOfOthers_data()
+void TestPlayback::aTokenPlaysByOurPeriodWhateverOthersAskFor_data()
 {
     QTest::addColumn<int>("nSamples");
     QTest::newRow("256") << 256;
@@ -261,7 +261,7 @@ void TestPlayback::periodOfOthers_data()
 
 // Catches a token that is played by the period that other programs ask for, in which its end cannot
 // be told.
-void TestPlayback::periodOfOthers()
+void TestPlayback::aTokenPlaysByOurPeriodWhateverOthersAskFor()
 {
     QFETCH(const int, nSamples);
     SoundServer server;

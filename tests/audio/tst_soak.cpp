@@ -50,12 +50,12 @@ class TestSoak : public SessionTest
     Q_OBJECT
 
 private slots:
-    void fiveHundredTrials();
+    void fiveHundredTrialsLoseNothingAndDoNotGrow();
 };
 
 // Catches what only many trials show: memory that is not given back, a trial that is lost, counted
 // twice or scored for another, and a session that gets slower or comes to a halt.
-void TestSoak::fiveHundredTrials()
+void TestSoak::fiveHundredTrialsLoseNothingAndDoNotGrow()
 {
     constexpr int nSettled = 20;
     constexpr qint64 mostGrowth = 5'000'000;
