@@ -192,7 +192,7 @@ class SessionTest(unittest.TestCase):
                   flush=True)
         return problems
 
-    def test_practice_then_experiment(self):
+    def test_an_experiment_follows_the_practice(self):
         def session(recorder):
             with self.start() as ostrine:
                 self.assertFalse(driver.is_enabled(ostrine.main_button("Experiment")))
@@ -216,7 +216,7 @@ class SessionTest(unittest.TestCase):
 
         self.check_sound(session)
 
-    def test_next_instead_of_automatic_playing(self):
+    def test_each_further_token_waits_for_next_without_automatic_playing(self):
         def session(recorder):
             with self.start() as ostrine:
                 driver.press(ostrine.main_check_box("Play sound automatically"))
@@ -231,7 +231,7 @@ class SessionTest(unittest.TestCase):
 
         self.check_sound(session)
 
-    def test_without_feedback(self):
+    def test_without_feedback_tokens_play_automatically(self):
         def session(recorder):
             with self.start() as ostrine:
                 automatic = ostrine.main_check_box("Play sound automatically")
@@ -253,7 +253,7 @@ class SessionTest(unittest.TestCase):
 
         self.check_sound(session)
 
-    def test_closing_breaks_a_session_off(self):
+    def test_a_confirmed_close_ends_the_session_without_files(self):
         with self.start() as ostrine:
             ostrine.prepare("Practice", self.tokens)
             subject = ostrine.go()
