@@ -3,8 +3,8 @@
 
 #include <QString>
 
-/// How numbers stand in the operator's fields, and how they are read back. What does not parse
-/// becomes 0; there is no further validation.
+/// How numbers are written in the operator's fields and read back. A text that does not parse gives
+/// 0; nothing else is validated.
 
 /// The base-10 int that @p text holds, or 0 when it does not parse or does not fit in 32 bits.
 int intOrZero(const QString &text);

@@ -107,7 +107,7 @@ MainWindow::MainWindow(QWidget *parent)
     connect(&presentationTimer, &QTimer::timeout, this, &MainWindow::playOneSound);
     connect(&streamFollower, &StreamFollower::stalled, this, &MainWindow::reportStop);
     connect(&streamFollower, &StreamFollower::tokenHeard, this, [this] {
-        // Releasing the output may take some 10 ms: the clock must not wait.
+        // Releasing the output may take some 10 ms, so the reaction clock is started first.
         endSound();
         releaseAudioOutput();
     });
@@ -121,7 +121,7 @@ MainWindow::MainWindow(QWidget *parent)
 
 MainWindow::~MainWindow()
 {
-    // Releasing the output runs pending events: no presentation may start from them any more.
+    // Releasing the output processes pending events, which must not start a presentation.
     presentationTimer.stop();
     releaseAudioOutput();
     silentStream.reset();
@@ -235,7 +235,7 @@ void MainWindow::checkBoxSaveData_stateChanged(int arg1)
 void MainWindow::checkBoxFeedBack_stateChanged(int arg1)
 {
     data.feedBack = arg1 == Qt::Checked;
-    // Without feedback nothing asks the subject for "Next": the next token must come by itself.
+    // Without feedback the next token always plays automatically, and the check box shows that.
     if (!data.feedBack)
         checkBoxAutoPlay->setChecked(true);
     checkBoxAutoPlay->setEnabled(data.feedBack);

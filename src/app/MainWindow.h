@@ -34,26 +34,27 @@ class SubjectWindow;
 enum class Category;
 
 /// The operator's window: builds its controls, owns every object of a session and carries out the
-/// experiment on the one GUI thread. Headings name the file, in the folder of its topic, that
-/// defines the functions below them; the rules applied there are functions of ostrine_core.
+/// experiment on the one GUI thread. A heading names the file that defines the functions below it;
+/// the rules that they apply are functions of ostrine_core.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
     // app/MainWindow.cpp
-    /// Builds the window with the default parameters; it is shown by whoever creates it.
+    /// Builds the window with the default parameters, without showing it.
     explicit MainWindow(QWidget *parent = nullptr);
     /// Silences what plays. Nothing is written, even in the middle of a session.
     ~MainWindow() override;
 
 signals:
-    /// The new play count when a token starts; tokenHasEnded when it has, and the answer is timed.
+    /// The new play count when a token starts; tokenHasEnded when it has ended and the answer is
+    /// being timed.
     void soundPlaying(int index);
-    /// The end of a session. The first argument that is sent is the duration of the last token in
-    /// seconds, and the second the (unused) reactionTime field.
+    /// The session has ended. In spite of its name the first argument is the duration of the last
+    /// token in seconds; the second is the reactionTime field, which is unused.
     void doneDataCollection(qreal threshold, qreal reactionTime, qint32 mainParameterIndex);
-    /// What the subject window must know of the parameters, at "Go".
+    /// The parameters that the subject window needs, sent at "Go".
     void deliverFeedBackStatus(bool feedBack);
     void deliverAutoPlayStatus(bool autoPlay);
     void deliverSubCode(QString subCode);
@@ -62,8 +63,9 @@ signals:
 
 public slots:
     // app/MainWindow_session.cpp
-    /// Each prepares a session of its type. "Go" is usable afterwards when there are tokens, and
-    /// "Experiment" only after an experiment or when the subject window has closed.
+    /// Each prepares a session of its type. "Go" is enabled afterwards if there are tokens.
+    /// "Experiment" is enabled by the preparation of an experiment and when the subject window has
+    /// closed, and disabled by that of a practice session.
     void pushButtonPractice_clicked();
     void pushButtonExperiment_clicked();
     /// Locks this window and shows a new subject window, which starts and drives the session.
@@ -74,8 +76,8 @@ public slots:
 
     // audio/MainWindow_playback.cpp
     /// Plays the current token on the default output, unless it has been played maxPlayCount times
-    /// since the last response. A failure of the output is only logged: the session then waits for
-    /// the end of a token that does not come.
+    /// since the last response. If the output fails, that is only logged, and the session keeps
+    /// waiting for the end of the token.
     void playOneSound();
 
     // app/MainWindow.cpp
@@ -83,12 +85,12 @@ public slots:
     void doNothing();
 
     // audio/MainWindow_playback.cpp
-    /// Looks at the stream at once when the output has stopped. No other state tells anything.
+    /// Looks at the stream at once when the output has stopped. Other states are ignored.
     void handleAudioStateChanged(QAudio::State audioState);
 
     // app/MainWindow.cpp
-    /// Each copies the control's new state into its parameter and renews the names of the result
-    /// files that follow from it. What is not a number gives the session number 0.
+    /// Each copies the control's new state into its parameter and updates the proposed folder and
+    /// name of the result files that depend on it. A session number that is no number becomes 0.
     void comboBoxSesType_currentIndexChanged(int index);
     void comboBoxSoundType_currentIndexChanged(int index);
     void comboBoxMainParameter_currentIndexChanged(int index);
@@ -105,55 +107,59 @@ public slots:
 
 protected:
     // app/MainWindow.cpp
-    /// Lays the controls out; once, at start-up.
+    /// Lays out the controls. Called once, at start-up.
     void setupGUIMainWindow();
-    /// Sizes and places the window by the rule of windowGeometry() on the primary screen.
+    /// Sizes and places the window on the primary screen by the rule of windowGeometry().
     void centerAndResizeMainWindow(bool center, double widthShare, double heightShare);
     /// Disables the whole window.
     void disableAllComponents();
 
     // app/MainWindow_parameters.cpp
-    /// Copies the parameters into the controls and sizes what depends on them; once, at start-up.
+    /// Copies the parameters into the controls and sizes the lists that depend on them. Called
+    /// once, at start-up.
     void initParameters();
-    /// Reads the controls back into the parameters and refreshes the sizes derived from them, among
-    /// them data.nSamples, which may then differ from the token's. What is not a number becomes 0.
+    /// Reads the controls back into the parameters and updates the sizes derived from them. One of
+    /// these is data.nSamples, which may then differ from the token's. A text that is no number
+    /// becomes 0.
     void getParameters();
 
     // app/MainWindow_session.cpp
-    /// Prepares a session: the folder, the presentation order and the first token. A session that
-    /// was broken off is silenced and its data discarded. Without tokens nTokens is 0 and nothing
-    /// else is prepared.
+    /// Prepares a session: the folder, the presentation order and the first token. Stops the sound
+    /// of a session that was broken off, and discards its data. Without tokens nTokens is 0 and
+    /// nothing else is prepared.
     void getReadyToGo();
-    /// Draws the presentation order anew, by the system clock.
+    /// Draws a new presentation order, seeded by the system clock.
     void genRandomSequence();
-    /// Shows the current token's folder and file name. There must be a record of it.
+    /// Shows the current token's folder and file name. data.records must contain the token.
     void updateWavTextFields();
 
     // app/MainWindow_results.cpp
     /// Turns the reaction time sums into means; must run exactly once per session.
     void computeResults();
-    /// Ends a session: results, signal, and the result files if they are wanted.
+    /// Ends a session: computes the results, emits doneDataCollection and, if wanted, writes the
+    /// result files.
     void finishIt();
     /// Shows the type of the session and the number of the next presentation, as in
     /// "practice 1/20".
     void updateStatusString();
 
     // audio/MainWindow_soundFolder.cpp
-    /// Lets the operator choose the sound folder and lists its tokens into the records. There are
-    /// none when the operator gives up, nor, after a warning, when the presentations would be more
+    /// Lets the operator choose the sound folder and lists its tokens in data.records. The list is
+    /// empty if the operator gives up or, after a warning, if there would be more presentations
     /// than maxPresentations.
     void selectFolder();
     /// Makes one default entry and one timing per presentation.
     void initDataEntries();
 
     // audio/MainWindow_playback.cpp
-    /// Loads the token of the current trial and derives its sizes. A token that cannot be used is
-    /// logged and leaves the previous token's sound in its place. There must be a record.
+    /// Loads the token of the current trial and derives its sizes. If the token cannot be used,
+    /// that is logged and the previous token's sound is kept. data.records must not be empty.
     void genWav();
-    /// Schedules the current token's presentation, if one is left, and returns the advanced
-    /// trialIndex.
+    /// Schedules the presentation of the current token, if one is left. Always advances trialIndex,
+    /// and returns it.
     int playWav();
-    /// How far the sound server is with the stream of audioSink, which must not be null.
+    /// How much of the stream of audioSink the sound server has taken and played. audioSink must
+    /// not be null.
     StreamFollower::Reading readStream() const;
 
     // data/MainWindow_resultFiles.cpp
@@ -175,22 +181,22 @@ protected:
     /// Each creates an empty chart and places it; a second call changes nothing.
     void displayEmptyWav();
     void displayEmptyFFT();
-    /// Shows the current token. The vertical range covers all of it, also what is not plotted.
+    /// Shows the current token. The vertical range covers all of it, even what is not plotted.
     void displayWav();
-    /// Computes the current token's spectrum. Weights soundWave in place by the window first. The
-    /// lists are empty for a token of a single sample.
+    /// Weights soundWave by the window, in place, and computes its spectrum. The lists are empty
+    /// for a token of a single sample.
     void genFFT();
-    /// Shows that spectrum. The vertical range covers all bins, also those that are not plotted.
+    /// Shows that spectrum. The vertical range covers all bins, even those that are not plotted.
     void displayFFT();
 
     // plots/MainWindow_trend.cpp
     /// Creates the empty chart and places it; a second call changes nothing.
     void displayEmptyTrend();
-    /// Lays the chart out for the tokens of a session that is being prepared, and shows how often
-    /// each was taken for the mother's.
+    /// Shows how often each token was taken for the mother's. While a session is being prepared, it
+    /// lays out the chart for the tokens of that session first.
     void updateTrend();
 
-    // The three combo boxes and their labels are in no layout, and never visible.
+    // The three combo boxes and their labels are in no layout and are never visible.
     QObjectList controls; ///< every widget and layout below, in the order of their creation
     QLabel *labelSesType;
     QLabel *labelSoundType;
@@ -241,15 +247,15 @@ protected:
     QList<double> soundWave;       ///< the current token's samples, one channel, about -1 .. +1
     QList<double> timeAxis;        ///< ms, one per waveform point
     QList<QPointF> wavePoints;     ///< ms and sample, as many as are plotted
-    QList<double> waveRange;       ///< of all samples, also those that are not plotted
+    QList<double> waveRange;       ///< of all samples, even those that are not plotted
     QList<double> frequencies;     ///< Hz, one per bin: nFFT / 2, from 0 to below fs / 2
-    QList<double> amplitudes;      ///< linear, one per bin; amplitudeSpectrum() tells the scale
+    QList<double> amplitudes;      ///< linear, one per bin; amplitudeSpectrum() gives the scale
     QList<double> phases;          ///< radians, -pi to pi, one per bin; never shown
     QList<QPointF> spectrumPoints; ///< Hz and amplitude, as many as are plotted
-    QList<double> spectrumRange;   ///< of all amplitudes, also those that are not plotted
+    QList<double> spectrumRange;   ///< of all amplitudes, even those that are not plotted
     qint64 nFFT = 1024;            ///< length of the transform: a power of two, or 0
     double fftDuration = 0.6;      ///< nFFT / fs, in seconds
-    double freqResolution = 1.6666666666666667; ///< distance of the bins in Hz
+    double freqResolution = 1.6666666666666667; ///< distance between bins in Hz
     qint32 fftWindowType = 0;              ///< 0 none, 1 Hann; any other value silences the token
     QList<double> trendX;                  ///< numbers of the tokens, from 1 on
     QList<double> trendY;                  ///< "Mother" answers so far, per token
@@ -268,20 +274,20 @@ protected:
     qint32 nTokens = 0;        ///< tokens of the session; 0 when none is prepared
     qint32 playCount = 0;      ///< plays of the current token since the last response
     qint32 maxPlayCount = 0;   ///< plays of a token per presentation: 1 once parameters are set
-    QTimer presentationTimer;  ///< runs in the delay before a token
+    QTimer presentationTimer;  ///< runs during the delay before a token
     StreamFollower::Time presentationDue{}; ///< when it is to fire, by streamFollower's clock
     QElapsedTimer *reactionTimer = nullptr; ///< runs from the end of a token; invalid before one
-    qint32 reactionTimerStarts = 0;         ///< how often it was started in the window's life
-    SubjectWindow *subjectWindow = nullptr; ///< of the last "Go"; a child, also when it is closed
+    qint32 reactionTimerStarts = 0;         ///< how often it has been started in this window
+    SubjectWindow *subjectWindow = nullptr; ///< of the last "Go"; stays a child when it has closed
     QString statusString;                   ///< the status line, once a session is prepared
 
-    // The current token and its playing. The pointers are null while nothing plays; after a failure
-    // of the output they stay until the next token is played or the next session prepared, and the
-    // sink is in the stopped state or takes no more of its buffer.
-    CWav wav;                        ///< the last file read, also one that could not be used
+    // The current token and its playback. The pointers are null while nothing plays. After a
+    // failure of the output they are kept until the next token is played or the next session is
+    // prepared; the sink has then stopped, or the sound server takes no more samples from it.
+    CWav wav;                        ///< the last file read, even if it could not be used
     TokenSize currentToken;          ///< of the last token that could be used
     QString soundPath;               ///< full path of the last file read
-    QAudioFormat audioOutputFormat;  ///< mono floats at the fs of start-up, and never another
+    QAudioFormat audioOutputFormat;  ///< mono floats at the fs of start-up; never changes
     QByteArray *audioData = nullptr; ///< the token between two silences
     QBuffer *audioBuffer = nullptr;  ///< reads audioData
     QAudioSink *audioSink = nullptr; ///< reads audioBuffer
@@ -289,7 +295,7 @@ protected:
     StreamFollower streamFollower;              ///< tells when the token has been heard
     QList<PresentationTiming> presentationTimings; ///< one per presentation, like data.entries
 
-    // The window's place at start-up, as windowGeometry() takes it.
+    // The window's size and place at start-up: arguments of windowGeometry().
     bool centerFlag = true;
     double widthFraction = 0.8;
     double heightFraction = 0.9;

@@ -62,7 +62,7 @@ void MainWindow::showParameters()
     lineEditStatus->setText(u"not started yet"_s);
 }
 
-/// Sizes what the charts show by the parameters and sets their fonts.
+/// Sizes the lists that the charts show by the parameters, and sets the charts' fonts.
 void MainWindow::initPlots()
 {
     timeAxis.resize(data.nPointsToPlot);
@@ -81,13 +81,13 @@ void MainWindow::initPlots()
         font->setWeight(QFont::Normal);
 }
 
-/// Sets up the format of what is played, and asks whether the output can play it.
+/// Sets the playback format and checks whether the output supports it.
 void MainWindow::initPlaying()
 {
     maxPlayCount = 1;
     reactionTimer = new QElapsedTimer;
 
-    requestServerPeriod(); // the question below opens the connection to the sound server
+    requestServerPeriod(); // first: the check below opens the connection to the sound server
     audioOutputFormat.setSampleRate(static_cast<int>(data.fs));
     audioOutputFormat.setChannelCount(1);
     audioOutputFormat.setSampleFormat(QAudioFormat::Float);
@@ -113,9 +113,9 @@ void MainWindow::getParameters()
     data.autoPlay = checkBoxAutoPlay->isChecked();
     data.outputFilePath = data.desktopPath + u'/' + data.subCode;
     data.outputFileName = lineEditOutputFileName->text();
-    // Through the three decimals of its field about 43 % of all token lengths come back one sample
-    // short, and at the session's rate a token of 96 kHz comes back as half. No sound may be cut by
-    // that: what is played is the whole of soundWave.
+    // The field has only three decimals, so about 43 % of all token lengths come back one sample
+    // short; a token of 96 kHz comes back with half its samples, because the session's rate is used
+    // here. This must not cut a sound: all of soundWave is played whatever nSamples says.
     data.nSamples = static_cast<qint32>(std::floor(data.soundDuration * data.fs));
     updateNPointsToPlot();
 }

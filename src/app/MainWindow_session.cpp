@@ -41,8 +41,8 @@ void MainWindow::beginPreparation(SessionType type)
 
 void MainWindow::getReadyToGo()
 {
-    // A session that was broken off may still be sounding or have a presentation scheduled; neither
-    // may reach into this one.
+    // A session that was broken off may still be playing a token or have one scheduled; neither may
+    // be heard in this one.
     presentationTimer.stop();
     releaseAudioOutput();
 
@@ -54,7 +54,7 @@ void MainWindow::getReadyToGo()
     nTokens = 0;
     data.sesTypeIndex = comboBoxSesType->currentIndex();
     getParameters();
-    nTimesSeq = data.nTimes; // the one reading of its field that the entries and the order share
+    nTimesSeq = data.nTimes; // read only once, so that the entries and the order agree
     selectFolder();
     if (nTokens > 0) {
         genRandomSequence();
@@ -86,7 +86,7 @@ void MainWindow::pushButtonGo_clicked()
     getParameters();
 
     if (subjectWindow != nullptr) {
-        // The window of the session before is kept, but takes no part in this one.
+        // The previous session's window is kept, but takes no part in this one.
         disconnect(subjectWindow, nullptr, this, nullptr);
         disconnect(this, nullptr, subjectWindow, nullptr);
     }
@@ -170,7 +170,7 @@ void MainWindow::takeAnswer(Category answer)
     }
 }
 
-/// Loads, shows and announces to the operator the token of the next presentation.
+/// Loads the token of the next presentation and shows it to the operator.
 void MainWindow::prepareNextPresentation()
 {
     genWav();

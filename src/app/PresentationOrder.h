@@ -5,12 +5,12 @@
 
 #include <optional>
 
-/// The largest number of presentations a session may have. Far beyond what anybody can listen to,
-/// it keeps a mistyped "N times per token" from exhausting the memory.
+/// The largest number of presentations that a session may have. It is far more than anybody can
+/// listen to, and keeps a mistyped "N times per token" from exhausting the memory.
 inline constexpr int maxPresentations = 1'000'000;
 
 /// The number of presentations of a session: @p nTokens tokens, @p nTimes each; 0 when @p nTimes is
-/// not positive, nothing when it would exceed maxPresentations.
+/// not positive, and no value when the number would exceed maxPresentations.
 std::optional<int> presentationCount(int nTokens, int nTimes);
 
 /// The token indexes 0 .. @p nTokens - 1, each @p nTimes times, in an order drawn uniformly by a
