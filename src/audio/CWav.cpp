@@ -24,7 +24,7 @@ void reportError(const char *message, const std::string &filename)
     std::cerr << message << filename << std::endl;
 }
 
-/// How many bytes follow the read position of @p file; 0 where that cannot be told.
+/// How many bytes follow the read position of @p file; 0 if that cannot be found out.
 std::int64_t remainingBytes(std::ifstream &file)
 {
     const auto position = file.tellg();
@@ -34,7 +34,7 @@ std::int64_t remainingBytes(std::ifstream &file)
     return std::max<std::int64_t>(end - position, 0);
 }
 
-/// The integer whose bytes, lowest first, stand at @p bytes, aligned or not.
+/// The little-endian integer at @p bytes, which need not be aligned.
 template<typename Integer>
 Integer integerAt(const char *bytes)
 {
@@ -53,16 +53,16 @@ double fromSigned16(std::int16_t value)
     return value * 3.0517578125e-05;
 }
 
-/// Takes the lowest 24 bits of @p value. The most negative code yields +1.0 on purpose: the sign is
-/// extended while the value is 1 lower, which makes that code the most positive one. Without a
-/// comparison the sign of a sample, which no processor can predict, costs no time.
+/// Uses the lowest 24 bits of @p value. The most negative code yields +1.0 on purpose: the sign is
+/// extended after 1 has been subtracted, which turns that code into the most positive one. Nothing
+/// is compared: no processor can predict the sign of a sample, and wrong predictions cost time.
 double fromSigned24(std::uint32_t value)
 {
     const auto oneLower = static_cast<std::int32_t>((value - 1) << 8) >> 8;
     return (oneLower + 1) * 1.1920928955078125e-07;
 }
 
-/// How many samples the raw bytes of @p wav make; none when they are not complete.
+/// How many samples the raw bytes of @p wav make; 0 when they are incomplete.
 std::size_t convertibleSamples(const CWav &wav)
 {
     if (wav.bytesRead < 1 || wav.bytesRead != wav.dataSize)
@@ -70,8 +70,8 @@ std::size_t convertibleSamples(const CWav &wav)
     switch (wav.bitsPerSample) {
     case 8:
     case 16:
-        // After a rejected header numSamples still counts the file before it, whose samples may
-        // have been of another size.
+        // After a rejected header, numSamples is still that of the previous file, whose samples may
+        // have had another size.
         return std::int64_t{wav.numSamples} * (wav.bitsPerSample / 8) <= wav.bytesRead
                    ? wav.numSamples
                    : 0;
@@ -84,10 +84,10 @@ std::size_t convertibleSamples(const CWav &wav)
 
 } // namespace
 
-// formatTag is left alone on purpose: nothing in this class gives it a value.
+// formatTag is not initialised on purpose: nothing in this class gives it a value.
 CWav::CWav() = default;
 
-// The raw bytes are not released: the one reader lives as long as the program's window.
+// The raw bytes are not freed: the program's only reader lives as long as its window.
 CWav::~CWav()
 {
     rawData = nullptr;
@@ -121,8 +121,8 @@ bool CWav::LoadWav(std::string filename)
     numSamples = dataSize / (bitsPerSample / 8U);
 
     if (dataSize != 0) {
-        // A header may declare up to 4 GiB that the file does not hold; only what is there is
-        // allocated and read, and the conversion then finds the bytes incomplete.
+        // A header may declare up to 4 GiB that the file does not hold. Only the bytes that exist
+        // are allocated and read; the conversion then finds them incomplete.
         file.clear();
         bytesRead = std::min<std::int64_t>(dataSize, remainingBytes(file));
         if (bytesRead > 0) {
@@ -140,8 +140,8 @@ bool CWav::LoadWav(std::string filename)
 
 double *CWav::ConvertData()
 {
-    // Elements the vector has already are overwritten rather than removed and filled with zeros
-    // first. Only where new memory is needed they go, so that they are not copied.
+    // Existing elements are overwritten, without being removed and filled with zeros first. They
+    // are removed only when new memory is needed, so that they are not copied into it.
     const std::size_t count = convertibleSamples(*this);
     if (sampleVector.capacity() < count) {
         sampleVector.clear();
@@ -161,7 +161,7 @@ double *CWav::ConvertData()
         break;
     case 24:
         if (count > 0) {
-            // Four bytes are read for each sample, which the last one may not have.
+            // Each sample is read as four bytes; for the last one that may be more than there are.
             const std::size_t last = count - 1;
             for (std::size_t i = 0; i < last; ++i)
                 samples[i] = fromSigned24(integerAt<std::uint32_t>(rawData + 3 * i));

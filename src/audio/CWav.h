@@ -7,8 +7,8 @@
 
 /// Reads one canonical PCM WAV file (a 44-byte header followed by the sample bytes; 8, 16 or 24
 /// bits) and converts its samples to doubles of about -1 .. +1, channels interleaved as in the
-/// file. Errors are one line on the standard error stream and a false result; the object then keeps
-/// whatever state it reached.
+/// file. An error prints one line to the standard error stream and returns false; the object keeps
+/// the state that it has reached.
 class CWav
 {
 public:
@@ -33,10 +33,10 @@ public:
     /// The size of the header in bytes: always 44.
     int GetHeaderSize() const;
 
-    /// Prints the header fields to the standard output stream, one a line.
+    /// Prints the header fields to the standard output stream, one per line.
     void DisplayHeader() const;
 
-    /// Prints the converted samples to the standard output stream, one a line.
+    /// Prints the converted samples to the standard output stream, one per line.
     void DisplayData() const;
 
     /// Appends the header as it stands and the raw bytes it declares (as far as they were read) to

@@ -23,24 +23,24 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// How long a stream may go on when the program is held up, as it is for up to two seconds when the
-/// charts of a token of 5 s are drawn in a new size. Qt's own choice is 70 to 250 ms.
+/// How long a stream can play on while the program is busy: drawing the charts of a token of 5 s in
+/// a new size takes up to two seconds. Qt's own choice is 70 to 250 ms.
 constexpr std::chrono::microseconds longestBuffer = 10s;
 
-/// How much smaller than the stream the buffer is kept: some servers start only when it is full.
+/// How much shorter than the stream the buffer is, because some servers start only when it is full.
 constexpr std::chrono::microseconds notBuffered = trailingSilence / 4;
 
 /// What is played is one channel of floats.
 constexpr qint64 bytesPerFrame = sizeof(float);
 
-/// Qt's rule for a single shot: a coarse timer may be 5 % late.
+/// Delays from this one on use a coarse timer, which may be 5 % off, as Qt's single shots do.
 constexpr std::chrono::milliseconds coarseFrom = 2s;
 
 } // namespace
 
 void MainWindow::genWav()
 {
-    // Without presentations the order is empty; the first token is still shown to the operator.
+    // Without presentations the order is empty; the operator is still shown the first token.
     tokenIndex = randomSequence.value(trialIndex, 0);
     const Record &record = data.records.at(tokenIndex);
     data.wavFilePath = record.filePath;
@@ -88,7 +88,7 @@ void MainWindow::playOneSound()
     if (playCount >= maxPlayCount)
         return;
 
-    releaseAudioOutput(); // the sound of a session that was broken off may still be there
+    releaseAudioOutput(); // the sound of a session that was broken off may still be playing
     const qint64 before = streamFollower.progress().leadingSilence(soundWave.size());
     const auto behind = audioOutputFormat.framesForDuration(trailingSilence.count());
     audioData = new QByteArray(playbackBytes(before, soundWave, behind));
@@ -111,8 +111,8 @@ void MainWindow::handleAudioStateChanged(QAudio::State audioState)
 {
     if (audioState == QAudio::StoppedState)
         streamFollower.look();
-    // Idle tells neither the end of a sound, nor of the stream: a sink is idle as well when it has
-    // run dry for a moment, and when it has read its source with all of that still in its buffer.
+    // Idle marks the end of neither the token nor the stream: a sink is also idle when it has run
+    // out of samples for a moment, and when it has read all of its source but not played it yet.
 }
 
 StreamFollower::Reading MainWindow::readStream() const
@@ -124,7 +124,7 @@ StreamFollower::Reading MainWindow::readStream() const
             .played = audioOutputFormat.framesForDuration(audioSink->processedUSecs())};
 }
 
-/// The output has stopped, or the sound server takes nothing of it any more.
+/// Logs that the output has stopped with an error, or that the sound server takes no more samples.
 void MainWindow::reportStop() const
 {
     if (streamFollower.state() == StreamFollower::State::Stalled ||
@@ -132,7 +132,7 @@ void MainWindow::reportStop() const
         qWarning() << "Audio stopped unexpectedly";
 }
 
-/// The token has been heard: after the last play the reaction clock runs and the subject may
+/// The token has been heard: after its last play, starts the reaction clock and lets the subject
 /// answer.
 void MainWindow::endSound()
 {
@@ -148,7 +148,7 @@ void MainWindow::endSound()
     keepTiming(clockStart);
 }
 
-/// Keeps how well the presentation went with its trial, and tells the operator what was wrong.
+/// Stores the timing of the presentation with its trial, and logs what was wrong with it.
 void MainWindow::keepTiming(StreamFollower::Time clockStart)
 {
     const PresentationTiming timing =
@@ -161,8 +161,8 @@ void MainWindow::keepTiming(StreamFollower::Time clockStart)
         qWarning().noquote() << "Trial" << trialIndex << "-" << problem;
 }
 
-/// Silences and deletes what plays, if anything does. The members are cleared first: deleting a
-/// sink can process events, and what they call must find nothing half released.
+/// Stops and deletes the output, if there is one. The members are cleared first, because deleting a
+/// sink can process events, whose handlers must not find an output that is half released.
 void MainWindow::releaseAudioOutput()
 {
     QAudioSink *sink = std::exchange(audioSink, nullptr);

@@ -39,7 +39,7 @@ QList<double> silence(double samplingRate, double duration)
     return QList<double>(countable ? static_cast<int>(nSamples) : 0);
 }
 
-/// The phase of sample @p i in radians, that of sample 0 being @p phase in degrees.
+/// The phase of sample @p i in radians; @p phase, in degrees, is that of sample 0.
 double phaseAt(qsizetype i, double samplingRate, double frequency, double phase)
 {
     return static_cast<double>(i) * (twoPi * frequency) / samplingRate + phase * radiansPerDegree;
@@ -56,8 +56,8 @@ double straightLine(double x)
     return x;
 }
 
-/// Weights @p samples from both ends inwards, @p nTimes each; @p weight takes the part of the ramp
-/// that is passed, from 0 to 1.
+/// Weights @p samples from both ends inwards, each one @p nTimes times. The argument of @p weight
+/// is the part of the ramp that lies behind the sample, from 0 to below 1.
 template<double (*weight)(double), int nTimes = 1>
 void ramp(QList<double> &samples, int nPoints)
 {
@@ -75,9 +75,10 @@ void ramp(QList<double> &samples, int nPoints)
     }
 }
 
-/// The next draw's remainder in the range from @p min. Unsigned numbers wrap as 32-bit ints do, but
-/// by rule. A draw is never negative, which spares it the one remainder that overflows; it is below
-/// 2^32, so that the remainder for a range of that many values is the draw itself.
+/// @p min plus the remainder of the next draw, divided by the number of values, all in 32 bits. The
+/// sums are unsigned because these wrap, while the overflow of an int is undefined. A draw is never
+/// negative, so the one remainder that overflows (of the smallest int by -1) does not occur. The
+/// count of all 2^32 values wraps to 0; the remainder is then the draw itself.
 int drawFrom(int min, int max)
 {
     const int nValues = static_cast<int>(static_cast<quint32>(max) - static_cast<quint32>(min) + 1);

@@ -3,6 +3,6 @@
 
 #include <chrono>
 
-/// The delay (truncated) from scheduling a presentation to its start: the token's duration plus the
-/// silent interval, both in seconds.
+/// The delay from scheduling a presentation to its start: the token's duration plus the silent
+/// interval, both given in seconds, truncated to whole milliseconds.
 std::chrono::milliseconds presentationDelay(double soundDuration, double silentInterval);

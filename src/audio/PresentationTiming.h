@@ -5,25 +5,25 @@
 
 #include <QString>
 
-/// How well one presentation of a token kept its time, as far as the program can tell. Everything
-/// is in milliseconds; the first four are points in time, counted from when the sound was due.
+/// How accurately one presentation of a token was timed, as far as the program can tell. All values
+/// are in milliseconds; the first four are points in time, counted from when the sound was due.
 struct PresentationTiming
 {
     double firstTaken = 0; ///< the sound server took the stream's first block
     double lastTaken = 0;  ///< it took the block in which the token ends
-    double tokenEnd = 0;   ///< by that, the token had been heard
+    double tokenEnd = 0;   ///< the token had been heard, as computed from that
     double clockStart = 0; ///< the reaction clock was started
 
-    double block = 0;            ///< what the server takes at a time lasts so long
-    double serverDelay = 0;      ///< how late the server was, at the worst, to take a block
+    double block = 0;            ///< duration of what the server takes at a time
+    double serverDelay = 0;      ///< how late the server was, at worst, in taking a block
     double longestBlindness = 0; ///< the longest time in which a delay could have gone unseen
 
-    /// How much too late the reaction clock was started, by which the reaction time is too short.
+    /// How late the reaction clock was started; the reaction time is too short by as much.
     double clockDelay() const { return clockStart - tokenEnd; }
 };
 
-/// The timing of the presentation that was due at @p due, whose stream went as @p progress tells
-/// until its token had been heard, and after which the reaction clock was started at @p clockStart.
+/// The timing of the presentation that was due at @p due. @p progress has followed its stream until
+/// the token had been heard; the reaction clock was started at @p clockStart.
 PresentationTiming presentationTiming(const StreamProgress &progress, StreamProgress::Time due,
                                       StreamProgress::Time clockStart);
 

@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// More than a sink's buffer holds: a server may wait until that is full before it begins.
+/// Longer than a sink's buffer, because a server may start only when that is full.
 constexpr std::chrono::microseconds duration = 500ms;
 
 } // namespace
@@ -27,5 +27,5 @@ SilentStream::SilentStream(const QAudioFormat &format)
 
 SilentStream::~SilentStream()
 {
-    m_sink->reset(); // stop() may wait for what is left to be played
+    m_sink->reset(); // stop() may wait until the rest has been played
 }

@@ -20,8 +20,8 @@ public:
 
     enum class State {
         Idle,      ///< there is no stream, or its token has been heard
-        Following, ///< the sound server takes samples, or was asked to less than longestStall ago
-        Stalled,   ///< it has taken none for longestStall; it may still go on
+        Following, ///< the stream was started or last taken from less than longestStall ago
+        Stalled,   ///< the server has taken nothing for longestStall; it may still continue
         Stopped,   ///< the stream has stopped by itself: its token's end will not be heard
     };
 
@@ -29,44 +29,46 @@ public:
     struct Reading
     {
         qint64 taken = 0;     ///< what the server has taken from the sink's buffer
-        qint64 played = 0;    ///< what the server says to have played
-        bool stopped = false; ///< the sink has stopped; the other two then tell nothing
+        qint64 played = 0;    ///< what the server says it has played
+        bool stopped = false; ///< the sink has stopped; the other two then mean nothing
     };
 
     using Reader = std::function<Reading()>;
     using Clock = std::function<Time()>;
 
-    /// How long the server may take no samples before the operator is told: longer than one takes
-    /// to wake an output up. Qt 6.11 does not tell that the server has died while a token plays.
+    /// After this time without a sample taken the stream counts as stalled. It is longer than any
+    /// server takes to wake up an output. This is needed because Qt 6.11 does not report that the
+    /// server has died while a token plays.
     static constexpr std::chrono::milliseconds longestStall{5000};
 
-    /// All times will be those of @p clock, which must never go back; without one, the monotonic
-    /// clock's.
+    /// All times are those of @p clock, which must never go back; without one, those of the
+    /// monotonic clock.
     explicit StreamFollower(QObject *parent = nullptr, Clock clock = {});
 
     Time now() const { return m_clock(); }
 
     State state() const { return m_state; }
 
-    /// What is known of the stream that is followed, or was last.
+    /// What is known of the stream that is being followed, or of the last one.
     const StreamProgress &progress() const { return m_progress; }
 
-    /// A stream has been started whose token ends at the position @p tokenEnd in samples. It is
-    /// read by @p reader until the token has been heard, the stream stops, or release().
+    /// Follows a stream that has just been started, whose token ends at the position @p tokenEnd in
+    /// samples. Reads it by @p reader until the token has been heard, the stream has stopped, or
+    /// release() is called.
     void follow(qint64 tokenEnd, Reader reader);
 
-    /// Looks at the stream now: between two looks of the timer's, when something has happened to
-    /// it.
+    /// Looks at the stream now. To be called when something has happened to it, without waiting for
+    /// the timer's next look.
     void look();
 
-    /// Forgets the stream; nothing more is signalled of it.
+    /// Forgets the stream; nothing more is signalled about it.
     void release();
 
 signals:
-    /// The token has been heard, at most a millisecond ago as far as the program was not held up.
+    /// The token has been heard: at most a millisecond ago, unless the program was held up.
     void tokenHeard();
 
-    /// The server takes no more samples: the state is Stalled or Stopped now, and was Following.
+    /// The server takes no more samples: the state was Following, and is now Stalled or Stopped.
     void stalled();
 
 private:

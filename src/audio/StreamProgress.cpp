@@ -8,20 +8,20 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// PipeWire asks for 1024 samples at a time as long as its period is not longer than that: a longer
-/// block tells the period, this one does not. PulseAudio asks for less.
+/// PipeWire asks for 1024 samples at a time at every period up to that length: a longer block shows
+/// the period, this one does not. PulseAudio asks for less.
 constexpr qint64 ordinaryBlock = 1024;
 
-/// The first blocks of a stream can be smaller than all others.
+/// Before this position the blocks of a stream can be smaller than the others.
 constexpr qint64 settledAt = 4096;
 
-/// The delay for a period that is not known, 12 ms: PipeWire's where it does not obey
-/// requestServerPeriod(). Measured against the recorded monitor, a token has been heard 5 ms after
-/// the server has taken it when the period is 256 samples, and 20 ms after when it is 1024.
+/// The delay that is assumed for a period that is not known, 12 ms: for PipeWire where it does not
+/// do what requestServerPeriod() asks. Measured against a recording of the monitor, a token is
+/// heard 5 ms after the server has taken it at a period of 256 samples, and 20 ms after at 1024.
 constexpr qint64 ordinaryPeriod = 576;
 
-/// What is taken within this time of another step belongs to the same moment of the server's: a
-/// look can fall into the middle of a block.
+/// Steps seen within this time count as one: the server may be in the middle of taking a block when
+/// a look is made.
 constexpr StreamProgress::Time sameTake = 3ms;
 
 constexpr StreamProgress::Time durationOf(qint64 nSamples)
@@ -61,7 +61,7 @@ void StreamProgress::look(Time now, qint64 taken, qint64 played)
     if (taken >= m_tokenEnd && !m_steps.isEmpty()) {
         if (taken >= settledAt)
             m_block = std::min(medianStep(), ordinaryBlock);
-        // The last sample is heard after the last look, at which it had not been taken.
+        // At the look before this one the last sample had not been taken, so it was heard later.
         const Time byPeriod = now + delay() - durationOf(taken - m_tokenEnd);
         const Time byAccount = now + durationOf(m_tokenEnd - played);
         m_tokenHeardAt = std::max({byPeriod, byAccount, m_lastLook});
@@ -94,7 +94,7 @@ StreamProgress::Time StreamProgress::block() const
     return durationOf(medianStep());
 }
 
-/// How much later than the server takes a sample it is heard, apart from what the server says.
+/// How long after the server takes a sample it is heard, by the size of the blocks.
 StreamProgress::Time StreamProgress::delay() const
 {
     const qint64 median = medianStep();
@@ -103,8 +103,8 @@ StreamProgress::Time StreamProgress::delay() const
     return m_block == ordinaryBlock ? durationOf(ordinaryPeriod) : Time{};
 }
 
-/// Now and then a look sees one block in two steps, or, late, two blocks in one. The median is that
-/// of the others.
+/// A look sometimes sees one block in two steps or, when it is late, two blocks in one. A few of
+/// those do not change the median.
 qint64 StreamProgress::medianStep() const
 {
     return m_steps.isEmpty() ? 0 : m_steps.at((m_steps.size() - 1) / 2);

@@ -6,31 +6,31 @@
 #include <chrono>
 #include <optional>
 
-/// The silence to play behind a token. It belongs to no figure: not to the token's duration, nor to
-/// its plots.
+/// The silence to play after a token. It counts neither in the token's duration nor in its plots.
 ///
-/// It keeps all that a sink does at the end of its source away from the token, since that differs
-/// by Qt version and loses sound in each. Measured against a recording, PipeWire at the period it
-/// chooses by itself:
+/// What a sink does at the end of its source differs by Qt version, and each version loses some
+/// sound; the silence keeps that away from the token. Measured against a recording, with PipeWire
+/// at the period that it chooses itself:
 /// - 6.4.2 is idle when the source has been read, and stop() discards up to a buffer: 56 to 64 % of
 ///   a token of 250 ms were heard.
 /// - 6.8.2 plays the last partial block after a gap, and never ended a token of 20 ms.
-/// - 6.11.2 loses the last partial period, of which 12 ms of silence save one that is shorter.
+/// - 6.11.2 loses the last partial period; 12 ms of silence are enough only if that is shorter.
 ///
-/// With half a second of silence all three play every token whole, and StreamProgress tells its end
-/// in all three to the same few milliseconds; the silence is then discarded. It is so long that a
-/// stream does not run dry when the program is held up for a moment at the token's end.
+/// With half a second of silence all three play every token whole, and StreamProgress finds its end
+/// equally well, to a few milliseconds; what is left of the silence is then discarded. The silence
+/// is so long that a stream does not run out of samples when the program is held up for a moment at
+/// the token's end.
 constexpr std::chrono::microseconds trailingSilence = std::chrono::milliseconds(500);
 
-/// Follows how the sound server takes streams from a sink's buffer, and tells when the token in
-/// each has been heard. Lengths and positions are numbers of samples at 48 kHz, times those of a
-/// clock that never goes back.
+/// Watches how the sound server takes streams from a sink's buffer, and computes when the token in
+/// each has been heard. Lengths and positions are numbers of samples at 48 kHz; times are those of
+/// a clock that never goes back.
 ///
 /// The server asks for samples block by block, and how much it has taken is known exactly only when
-/// it has just asked. A token is therefore preceded by as much silence as makes it end with a
-/// block. What has been taken is heard one period of the server later; where a sound card adds more
-/// to that, the server's own account of what has been played knows it. PulseAudio has no period,
-/// and is taken at its word.
+/// it has just asked. A token is therefore preceded by enough silence to make it end with a block.
+/// A sample is heard one period of the server after the server has taken it. If a sound card adds
+/// more delay, the server's own account of what it has played includes that. PulseAudio has no
+/// period; only its account is used.
 class StreamProgress
 {
 public:
@@ -39,35 +39,35 @@ public:
     /// The silence to play before a token of @p nSamples: less than a block.
     qint64 leadingSilence(qint64 nSamples) const;
 
-    /// A stream starts at @p now whose token ends at the position @p tokenEnd.
+    /// Starts to watch a stream that was started at @p now and whose token ends at @p tokenEnd.
     void start(qint64 tokenEnd, Time now);
 
-    /// Takes how much of the stream the server has @p taken by @p now, and how much it says to have
-    /// @p played; to be called about every millisecond until the token's end is known. After that
-    /// nothing changes any more.
+    /// Notes that by @p now the server has taken @p taken samples of the stream and says that it
+    /// has played @p played. To be called about every millisecond until the token's end is known;
+    /// later calls change nothing.
     void look(Time now, qint64 taken, qint64 played);
 
-    /// When the token has been heard: at most one period of the server ahead, or in the past when
-    /// the look that saw it came late. Nothing as long as the server has not taken all of it.
+    /// When the token is heard. That may lie in the future, normally by one period of the server at
+    /// most, or in the past if the look that saw its end taken was late. No value before the server
+    /// has taken all of it.
     std::optional<Time> tokenHeardAt() const { return m_tokenHeardAt; }
 
     /// How much of the stream had been taken at the last look.
     qint64 taken() const { return m_taken; }
 
-    /// When looks saw the server take the first and the last samples so far; the start of the
-    /// stream as long as it has taken none.
+    /// When a look saw that the server had taken the first and the latest samples; the start of the
+    /// stream before the server has taken any.
     Time firstTakenAt() const { return m_firstTakenAt; }
     Time lastTakenAt() const { return m_lastTakenAt; }
 
-    /// How long the server plays what it takes at a time.
+    /// The duration of what the server takes at a time.
     Time block() const;
 
-    /// How late the server was, at the worst, to take its next block. It is what the looks prove:
+    /// How late the server was, at worst, in taking its next block, as far as the looks prove it:
     /// what may have happened between two of them does not count.
     Time serverDelay() const { return m_serverDelay; }
 
-    /// The longest time between two looks. A delay of the server's that is shorter may have gone
-    /// unseen.
+    /// The longest time between two looks. A shorter delay of the server may have gone unseen.
     Time longestBlindness() const { return m_longestBlindness; }
 
 private:
