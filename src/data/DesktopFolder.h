@@ -3,5 +3,6 @@
 
 #include <QString>
 
-/// The user's desktop folder, where sound folders are looked for and results are proposed.
+/// The user's desktop folder: the dialog for sounds starts there, and a folder in it is proposed
+/// for the results.
 QString desktopFolder();

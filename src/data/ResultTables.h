@@ -12,7 +12,7 @@ class QFileInfo;
 class QTextStream;
 
 /// The layouts and names of the three result files: tab-separated text, lines ended by LF, numbers
-/// in the notation of a QTextStream with its defaults.
+/// as a QTextStream writes them by default.
 
 /// One line per token under a header line; nothing when there are no records. A line ends in LF
 /// only where its index is below @p nEntries - 1: with one presentation per token the last line has
@@ -23,7 +23,7 @@ void writeRecordsTable(QTextStream &stream, const QList<Record> &records, qsizet
 /// no entries.
 void writeEntriesTable(QTextStream &stream, const QList<Entry> &entries);
 
-/// One line per parameter, its name, a colon and its value; LF after every line but the last.
+/// One line per parameter: its name, a colon and its value. LF after every line but the last.
 void writeParameters(QTextStream &stream, const Data &data);
 
 /// The name proposed for the records file: subject code, session type and session number padded
@@ -31,5 +31,5 @@ void writeParameters(QTextStream &stream, const Data &data);
 QString proposedFileName(const Data &data);
 
 /// The name of a file that belongs to @p recordsFile: "a.b.txt" and "entries" give
-/// "a.b_entries.txt". The dot stays where there is no suffix.
+/// "a.b_entries.txt". A name without a suffix still gets the dot.
 QString companionFileName(const QFileInfo &recordsFile, const QString &topic);

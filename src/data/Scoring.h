@@ -12,6 +12,6 @@ class QString;
 void scoreAnswer(Entry &entry, Record &record, Category stimulus, Category answer, double rt);
 
 /// Turns the reaction time sums of @p record into means over all, the correct and the incorrect
-/// answers; a sum without answers stays as it is. The means replace the sums, so this must run once
-/// per session.
+/// answers; a sum without answers stays as it is. The means replace the sums, so this must run
+/// exactly once per session.
 void formMeans(Record &record, const QString &subCode);

@@ -160,7 +160,7 @@ void SubjectWindow::awaitToken()
 void SubjectWindow::pushButtonIAmReady_clicked()
 {
     awaitToken();
-    pushButtonNext->setVisible(feedBack); // the feedback flag on purpose, not the automatic playing
+    pushButtonNext->setVisible(feedBack); // by feedback and not by automatic playing, on purpose
     emit subjectResponded(ReadyResponse);
 }
 
@@ -221,7 +221,7 @@ void SubjectWindow::finishExperiment(qreal threshold, qreal reactionTime, qint32
 
 void SubjectWindow::closeEvent(QCloseEvent *event)
 {
-    // The operator has quit: Qt closes what is left of the program's windows, and nobody is asked.
+    // When the operator has quit, Qt closes the remaining windows, and nobody is asked.
     if (parentWidget() != nullptr && !parentWidget()->isVisible()) {
         event->accept();
         return;

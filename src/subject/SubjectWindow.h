@@ -20,13 +20,13 @@ enum ResponseCode {
     NextResponse = 5,
 };
 
-/// What soundPlaying(int) carries when a token has ended and an answer is awaited; when one starts,
-/// it is the number of the play.
+/// The argument of soundPlaying(int) when a token has ended and an answer is awaited. When a token
+/// starts, the argument is the number of the play.
 inline constexpr int tokenHasEnded = -1;
 
-/// The window that the subject sees and touches: starts the session, takes the answers, shows
-/// feedback and closes. The main window drives it by signals; all it knows of a token is the file
-/// name, by which it chooses the picture.
+/// The subject's window, which starts the session, takes the answers and shows feedback. The main
+/// window drives it by signals. All that it knows of a token is the file name, by which it chooses
+/// the feedback picture.
 class SubjectWindow : public QMainWindow
 {
     Q_OBJECT
@@ -36,7 +36,7 @@ public:
 
     void setupGUISubjectWindow();
 
-    /// Sizes and places the window by the rule of windowGeometry() on the primary screen.
+    /// Sizes and places the window on the primary screen by the rule of windowGeometry().
     void centerAndResizeSubjectWindow(bool center, double widthShare, double heightShare);
 
     void disableAllChoiceButtons();
@@ -68,11 +68,11 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    /// Takes the answer @p answer given on @p button: feedback picture first, then the signal.
+    /// Takes @p answer, given by @p button: shows the feedback picture and then emits the signal.
     void respond(QPushButton *button, Category answer, ResponseCode code);
 
-    /// Disables the window and both answer buttons. The question whether to close, which may be
-    /// open meanwhile, would be disabled with its parent: it can be answered all the time.
+    /// Disables the window and both answer buttons, but not the question whether to close, which
+    /// may be open: as a child of the window it would be disabled too.
     void lock();
 
     /// Locks the window until the next token has been heard.
