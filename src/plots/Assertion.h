@@ -4,9 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Ends the process by abort() unless @p holds, in every build type, after printing to the standard
-/// error what was asserted (@p text), in which function and in which file. The last two are the
-/// caller's.
+/// Unless @p holds, prints what was asserted (@p text) and the caller's function and file to the
+/// standard error, and ends the process by abort(). It does so in every build type.
 inline void assertThat(bool holds, const char *text, const char *function = __builtin_FUNCTION(),
                        const char *file = __builtin_FILE())
 {

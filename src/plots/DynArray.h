@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-/// An array on the heap that owns its elements. It is neither copied nor grown in place, and every
-/// access is checked. The elements of a new array are default-initialised: numbers hold no value.
+/// An array on the heap that owns its elements. It cannot be copied, a new size means new elements,
+/// and every access is checked. New elements are default-initialised: numbers are indeterminate.
 template<class T>
 class DynArray
 {
@@ -24,7 +24,7 @@ public:
     /// The number of elements.
     std::int64_t size() const { return _len; }
 
-    /// Asserts that an array may have @p size elements: that @p size is not negative.
+    /// Asserts that @p size is not negative, as the size of an array must be.
     static void check_size(std::int64_t size) { assertThat(size >= 0, "size >= 0"); }
 
     /// Replaces the elements by @p size new ones. Asserts that @p size is not negative.

@@ -36,11 +36,12 @@ inline bool FFTReal_is_pow2(std::int64_t x)
 /// space of its transform and therefore serves one thread at a time.
 ///
 /// Passes are numbered from 0; pass p makes transforms of 2^(p + 1) values. Most of the time goes
-/// into moving values, so several passes share one sweep over the memory: the first ones, up to 5
-/// or 6, are done in a buffer for a few transforms side by side, and the others in pairs.
+/// into moving values, so several passes share one sweep over the memory. From 512 values on, the
+/// first 5 or 6 passes are done in a buffer, for a few transforms side by side, and the others in
+/// pairs; with 8 to 256 values all passes are done in the buffer.
 ///
-/// docs/transform.md draws the two places that are hardest to see through, column_passes and
-/// combine, and works both through with 16 values.
+/// docs/transform.md explains the two parts that are hardest to follow, column_passes and combine,
+/// with drawings and an example of 16 values.
 template<class T>
 class FFTReal
 {
@@ -72,10 +73,10 @@ protected:
     }
 #endif
 
-    /// Passes 0 to @p passes - 1: from x to the transforms of 2^passes values in df. The values
-    /// that one of these takes lie in a column of x, if x is seen as a matrix of 2^passes rows;
-    /// W adjacent columns are transformed together. There must be a multiple of W columns and
-    /// at most COLUMN_BUFFER values in W of them.
+    /// Passes 0 to @p passes - 1: from x to the transforms of 2^passes values in df. The values of
+    /// one such transform are a column of x, seen as a matrix of 2^passes rows; W adjacent columns
+    /// are transformed together. The number of columns must be a multiple of W, and W columns may
+    /// have at most COLUMN_BUFFER values.
     template<int W>
     [[gnu::always_inline]] inline void column_passes(T df[], const T x[], int passes) const;
 
@@ -102,7 +103,7 @@ protected:
     /// N values between two sweeps over the memory.
     mutable DynArray<T> _scratch;
 
-    /// Number j has the step of pass TRIGO_BD_LIMIT + 1 + j, (pi / 2) / 2^(TRIGO_BD_LIMIT + j).
+    /// Oscillator j has the step of pass TRIGO_BD_LIMIT + 1 + j, (pi / 2) / 2^(TRIGO_BD_LIMIT + j).
     DynArray<Oscillator<T>> _oscillators;
 
 private:
@@ -423,8 +424,8 @@ typename FFTReal<T>::Factors FFTReal<T>::factors(int pass, std::int64_t begin,
     return {chunk.cosine, chunk.sine + CHUNK - 1};
 }
 
-/// Of one group, what comes of the bins 0 and half/2 of the four transforms: their twiddle factors
-/// are 1, i and the square root of i.
+/// Combines the bins 0 and half/2 of the four transforms of one group, whose twiddle factors are 1,
+/// i and the square root of i.
 template<class T>
 void FFTReal<T>::combine_edges(T d[], const T s[], std::int64_t half)
 {
@@ -445,9 +446,9 @@ void FFTReal<T>::combine_edges(T d[], const T s[], std::int64_t half)
     d[4 * half - quarter] = im - s1[quarter];
 }
 
-/// Of one group, what comes of the bins from @p begin, but at least 1, to begin + count - 1 of the
-/// four transforms of @p half values: both passes at once, so that the two transforms of 2 half
-/// values between them are never stored. Of these, bin i and bin half - i are at hand together; the
+/// Combines the bins from @p begin (without bin 0) to begin + count - 1 of the four transforms of
+/// @p half values of one group. Does both passes at once, so that the two transforms of 2 half
+/// values between them are never stored. Their bins i and half - i are computed together; the
 /// factor of the latter has the cosine and the sine of the former exchanged (docs/transform.md
 /// shows why).
 template<class T>

@@ -23,11 +23,11 @@ QValueAxis *createAxis(const QString &title, const ChartFonts &fonts)
     return axis;
 }
 
-/// Labels the value of an axis whose ends are equal. Qt derives the decimals of a label from the
-/// distance of the ticks, which a single tick does not have.
+/// The label format of an axis whose ends are equal. Qt derives the decimals of a label from the
+/// distance between ticks, and here there is only one tick.
 constexpr auto singleValueFormat = "%.6g"_L1;
 
-/// Whether Qt takes the ends of @p range for equal and does not lay out an axis between them.
+/// Whether Qt takes the ends of @p range as equal, and so would not lay out an axis for it.
 bool isSingleValue(Range range)
 {
     return qFuzzyCompare(range.min, range.max);
@@ -43,11 +43,11 @@ void setRange(QValueAxis *axis, Range range)
     axis->setRange(range.min, range.max);
 }
 
-/// Lays @p axis out for @p range, or for one around its value when the ends are equal, with that
+/// Lays out @p axis for @p range. If the ends are equal, uses a range around their value, with that
 /// value in the middle and at the only tick.
 void layOutAxis(QValueAxis *axis, Range range)
 {
-    // Ticks at a fixed distance could be millions in a range that they are not meant for.
+    // A tick distance that was set for another range could give millions of ticks in this one.
     axis->setTickType(QValueAxis::TicksFixed);
     if (!isSingleValue(range)) {
         if (axis->labelFormat() == singleValueFormat)
@@ -65,8 +65,8 @@ void layOutAxis(QValueAxis *axis, Range range)
     axis->setTickType(QValueAxis::TicksDynamic);
 }
 
-/// Lays the axes out for these ranges. The layout is finished here: one that waited for the event
-/// loop would find ends that are equal by then and leave no room for their label.
+/// Lays out the axes for these ranges, and finishes the layout here: in the event loop it would
+/// find the equal ends that setSingleValues() sets, and leave no room for their label.
 void layOutAxes(const LineChart &chart, Range horizontal, Range vertical)
 {
     layOutAxis(chart.horizontalAxis, horizontal);
@@ -74,8 +74,8 @@ void layOutAxes(const LineChart &chart, Range horizontal, Range vertical)
     chart.chart->layout()->activate();
 }
 
-/// Sets the ends that layOutAxes does not, those of a single value. Qt leaves the layout of an axis
-/// as it is then, and that of the line when the ends do not even differ by rounding.
+/// Sets the equal ends, which layOutAxes() does not set. Qt then keeps the layout of the axis, and,
+/// because the ends do not even differ by rounding, that of the line.
 void setSingleValues(const LineChart &chart, Range horizontal, Range vertical)
 {
     if (isSingleValue(horizontal))
@@ -84,7 +84,8 @@ void setSingleValues(const LineChart &chart, Range horizontal, Range vertical)
         setRange(chart.verticalAxis, {vertical.min, vertical.min});
 }
 
-/// Lays a chart out in its new size where Qt does not: when the ends of an axis are equal.
+/// Makes a chart lay itself out in a new size where Qt does not: when the ends of an axis are
+/// equal.
 void followSize(const LineChart &chart)
 {
     QObject::connect(chart.chart, &QChart::geometryChanged, chart.chart, [chart] {
@@ -129,7 +130,8 @@ LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int 
 void showLine(const LineChart &chart, const QList<QPointF> &points, Range horizontal,
               Range vertical)
 {
-    // A chart lays its line out anew at every change of a range: without points that takes no time.
+    // A chart lays out its line again at every change of a range; without points that takes no
+    // time.
     chart.series->clear();
     layOutAxes(chart, horizontal, vertical);
     chart.series->replace(points);

@@ -44,7 +44,7 @@ struct LineChart
 /// with antialiasing. Ranges and label formats are left as Qt sets them.
 LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int minimumWidth);
 
-/// Shows the line through @p points over these ranges, in place of the line and the ranges before.
-/// An axis whose ends are equal is drawn with their value in its middle, as its only label.
+/// Replaces the chart's line by one through @p points, and the ranges of its axes by these. An axis
+/// whose ends are equal is drawn with their value in its middle, as its only label.
 void showLine(const LineChart &chart, const QList<QPointF> &points, Range horizontal,
               Range vertical);

@@ -3,9 +3,9 @@
 
 #include <cmath>
 
-/// The cosine and sine of an angle that grows by equal steps, without a call of either function per
-/// step: a step multiplies cos + i sin by that of the step angle. The error grows with the number
-/// of steps since the last reset, by about one rounding each.
+/// The cosine and sine of an angle that grows by equal steps. Neither function is called for a
+/// step: it multiplies cos + i sin of the angle by cos + i sin of the step. The error grows with
+/// the number of steps since the last reset, by about one rounding each.
 template<class T>
 class Oscillator
 {
@@ -25,7 +25,7 @@ public:
         _sin = T(0);
     }
 
-    /// Goes on by one step.
+    /// Advances by one step.
     void step()
     {
         const T previous = _cos;
@@ -33,8 +33,8 @@ public:
         _sin = previous * _step_sin + _sin * _step_cos;
     }
 
-    T cos() const { return _cos; } ///< cosine of the present angle
-    T sin() const { return _sin; } ///< sine of the present angle
+    T cos() const { return _cos; } ///< cosine of the current angle
+    T sin() const { return _sin; } ///< sine of the current angle
 
 private:
     T _cos = T(1);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-/// What an axis or a list of values goes from and to.
+/// The ends of an axis, or the smallest and the largest value of a list.
 struct Range
 {
     double min = 0.0;

@@ -32,8 +32,8 @@ struct Spectrum
 
 /// The spectrum of @p samples, cut or padded with zeros to @p nFFT (a power of two, or 0).
 /// Amplitudes are scaled by the integer @p nSamples / 2 of the token, not by the transform's
-/// length. In bin 0 the Nyquist term stands in the place of the imaginary part, so its amplitude
+/// length. In bin 0 the Nyquist term takes the place of the imaginary part, so its amplitude
 /// combines the sum of the samples with that term. Empty when nFFT is below 2; otherwise nSamples
-/// must be 2 or more. @p freqResolution is the distance of the bins in Hz.
+/// must be 2 or more. @p freqResolution is the distance between bins in Hz.
 Spectrum amplitudeSpectrum(std::span<const double> samples, qint32 nSamples, qint64 nFFT,
                            double freqResolution);

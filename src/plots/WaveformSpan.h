@@ -3,7 +3,7 @@
 
 #include <QtGlobal>
 
-/// The stretch of a token that the waveform chart shows.
+/// The part of a token that the waveform chart shows.
 struct WaveformSpan
 {
     qint32 nPoints;  ///< number of samples shown, from the first on
