@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// When a token is heard, and when the reaction clock starts, against a recording of what the sound
-// server plays. To be run by audio_timing.sh, which gives it a server of its own.
+// Measures when a token is heard and when the reaction clock starts, by a recording of what the
+// sound server plays. To be run by audio_timing.sh, which gives it a server of its own.
 //
-//   audio_timing [number of plays, 50 [part of a condition's name, for those alone]]
+//   audio_timing [plays per condition, 50 [part of the names of the conditions to run]]
 //
 // Prints a Markdown table to the standard output, and the program's log to the standard error. All
 // times are those of the monotonic clock, in milliseconds.
@@ -54,8 +54,8 @@ double nowMs()
         .count();
 }
 
-/// Runs the event loop as the program does, for @p ms or until @p done holds; tells whether it did.
-/// Qt Test's own waiting sleeps between events, which would delay the program.
+/// Runs the event loop as the program does, for @p ms or until @p done holds; returns whether it
+/// did. Qt Test's own functions sleep between events, which would delay the program.
 bool waitFor(const std::function<bool()> &done, int ms)
 {
     QEventLoop loop;
@@ -112,8 +112,8 @@ int record(const char *path)
     return EXIT_FAILURE;
 }
 
-/// Another program that uses sound: it records the output by @c otherPeriod samples and throws them
-/// away, until it is ended.
+/// Another program that uses sound: it records the output in periods of @c otherPeriod samples and
+/// discards them, until it is ended.
 int listen()
 {
     std::array<float, otherPeriod> samples;
@@ -124,7 +124,7 @@ int listen()
     return EXIT_FAILURE;
 }
 
-/// Starts this program anew as another one, which does what @p option says.
+/// Starts this executable as another program, which does what @p option says.
 void startOther(QProcess &process, const char *option)
 {
     process.setProcessEnvironment(environmentOfOthers());
@@ -137,7 +137,7 @@ void end(QProcess &process)
     process.waitForFinished();
 }
 
-/// While it lives, PipeWire grants other programs the period that they ask for, as it does by
+/// While it exists, PipeWire grants other programs the period that they ask for, as it does by
 /// default. Other servers are left alone.
 class ShortPeriodsGranted
 {
@@ -225,8 +225,8 @@ public:
         return time;
     }
 
-    /// Whether the server's periods arrived as regularly from @p from to @p to as they are played:
-    /// if not, the machine was held up, and neither the sound nor its times are to be relied on.
+    /// Whether the server's periods arrived as regularly from @p from to @p to as they are played.
+    /// If not, the machine was held up, and neither the sound nor its times can be relied on.
     bool isRegular(double from, double to) const
     {
         constexpr double tolerance = 2; // ms
@@ -255,7 +255,7 @@ private:
     std::vector<float> m_samples;
 };
 
-/// Knows when the program's last timer has fired.
+/// Notes when a timer of the program fired last.
 class TimerWatch : public QObject
 {
 public:
@@ -351,7 +351,7 @@ struct Condition
     int nSamples = 0;
     bool charts = false; ///< load the token from its file, and draw it, before each play
     bool load = false;   ///< while another process keeps one core busy
-    bool resize = false; ///< change the window's size, which draws the charts anew, at each play
+    bool resize = false; ///< resize the window, so that the charts are drawn again, at each play
     enum {
         NoOther,      ///< nothing else uses sound
         OtherRecords, ///< another program records all the time
@@ -463,7 +463,7 @@ private:
             } else {
                 m_window.soundWave = m_play.token;
             }
-            m_window.data.soundDuration = 0; // no longer pause for a longer token
+            m_window.data.soundDuration = 0; // the same pause for tokens of any length
             m_play.due = nowMs() + m_window.data.si * 1000;
             m_window.playWav();
             const int longest = 5000 + m_condition.nSamples / (rate / 1000);
@@ -491,8 +491,8 @@ private:
     static void print(const QString &name, const StampedRecording &recording,
                       const std::vector<Play> &plays)
     {
-        // Before a token's end: what its clock depends on. Behind it the server goes back to the
-        // period that it had without the token.
+        // The clock depends on the periods before the token's end. After it the server goes back to
+        // the period that it has without the token.
         constexpr double before = 200; // ms
         constexpr double after = 1;
 
@@ -540,7 +540,7 @@ private:
     int m_nPlays;
 };
 
-/// A whole session with a subject who presses a button some time after each token, by the mouse.
+/// A whole session with a subject who presses a button with the mouse some time after each token.
 void measureReactionTimes(int nTrials)
 {
     QTemporaryDir folder;

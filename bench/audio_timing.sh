@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Measures when tokens are heard and when the reaction clock starts, on sound servers of its own. The
-# processors are kept awake where the user may ask for that. Only the tables are printed; the program's log
+# processors are kept awake if the user may do that. Only the tables are printed; the program's log
 # goes to build/bench/audio_timing.log.
 #
 #   audio_timing.sh [plays per condition, 50]

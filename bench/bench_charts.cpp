@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The charts against what Qt Charts takes at least: the same charts with the same points, filled
-// and painted by nobody else.
+// Compares the window's charts with the least that Qt Charts takes: the same charts with the same
+// points, filled and painted without the window.
 //
 //   bench_charts [options of Google Benchmark]    the times
 //   bench_charts --memory                         the memory, as a Markdown table
@@ -99,7 +99,7 @@ struct Plotted
     qreal left, right, bottom, top;
 };
 
-/// The two charts of the current token in a window like it, with nothing around them.
+/// The two charts of the current token alone in a window of the same size.
 class BareCharts
 {
 public:
@@ -248,7 +248,7 @@ void tellMemory()
     std::printf("%.0f %.0f\n", memory("VmRSS:"), memory("VmHWM:"));
 }
 
-/// Prepares tokens and tells the memory this took at its end and at its peak.
+/// Prepares tokens, and prints how much memory the process takes at the end and took at the peak.
 void tellMemoryOfWindow(int nSamples)
 {
     Window window(nSamples);
@@ -278,7 +278,7 @@ void tellMemoryOfBareCharts(int nSamples)
 QList<double> memoryOf(const QString &who, int nSamples)
 {
     QProcess process;
-    // The allocator shall give back what is freed instead of keeping some of it, as it happens.
+    // The allocator must give back freed memory at once: how much it keeps otherwise varies.
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("MALLOC_MMAP_THRESHOLD_", "131072");
     process.setProcessEnvironment(environment);
@@ -290,7 +290,7 @@ QList<double> memoryOf(const QString &who, int nSamples)
     return {values.at(0).toDouble(), values.at(1).toDouble()};
 }
 
-/// Each figure is that of a process of its own, less that of one with a token of a single sample.
+/// Each figure is that of one process, minus that of a process with a token of a single sample.
 void printMemoryTable()
 {
     std::printf("| samples | who | bytes per sample | at the peak |\n|---|---|---|---|\n");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The forward transform of real numbers: this program's against those of FFTW, GSL and Eigen.
+// The forward transform of real numbers: this program's compared with those of FFTW, GSL and Eigen.
 // Tables and plans are made before the clock starts. All transform the same input from one array
-// into another, except GSL, which works in place: copying the input belongs to its transform.
+// into another, except GSL, which works in place: its time includes copying the input.
 
 #include "plots/FFTReal.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Loading a WAV file: this program's reader against libsndfile's. Both leave all samples as doubles
-// of about -1 .. +1. The files are in the page cache: what is measured is the reader, not the disk.
+// Loading a WAV file: this program's reader compared with libsndfile's. Both turn all samples into
+// doubles of about -1 .. +1. The files are in the page cache: the reader is measured, not the disk.
 
 #include "audio/CWav.h"
 #include "support/WavFile.h"
@@ -19,8 +19,8 @@
 
 namespace {
 
-/// The path in @p folder of a token of @p size samples with @p bits bits of noise, which is written
-/// if it is not there; empty when that fails.
+/// The path in @p folder of a token of @p size samples of noise with @p bits bits each. Writes the
+/// file if it is not there; returns an empty path when that fails.
 std::string token(const QTemporaryDir &folder, int bits, std::int64_t size)
 {
     const QString path = folder.filePath(QString("%1-%2.wav").arg(bits).arg(size));
@@ -36,8 +36,8 @@ std::string token(const QTemporaryDir &folder, int bits, std::int64_t size)
     return path.toStdString();
 }
 
-/// The one reader, which the program reuses for every token, and which a load before the time
-/// starts has made large enough.
+/// One reader for every file, as in the program. A first load, before the time starts, makes its
+/// buffers large enough.
 void ostrine(benchmark::State &state, const std::string &path)
 {
     static CWav reader;
@@ -59,7 +59,7 @@ void ostrineFirst(benchmark::State &state, const std::string &path)
             state.SkipWithError("not loaded");
         benchmark::DoNotOptimize(reader.samples);
         benchmark::ClobberMemory();
-        std::free(reader.rawData); // its destructor leaves it to the end of the program
+        std::free(reader.rawData); // the reader's destructor does not free it
     }
 }
 

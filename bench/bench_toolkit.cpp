@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The toolkit's tones and ramps against the same loops over std::vector.
+// The toolkit's tones and ramps compared with the same loops over std::vector.
 
 #include "audio/PelkClasses.h"
 
@@ -103,8 +103,8 @@ void samBenchmark(benchmark::State &state)
     }
 }
 
-/// Ramps every sample of a silence over and over; any other sound would fade into subnormal
-/// numbers, which processors are slow with.
+/// Ramps a list of zeros over and over; the samples of any other sound would shrink to subnormal
+/// numbers, with which processors are slow.
 template<typename Samples, void (*ramp)(Samples *, int)>
 void rampBenchmark(benchmark::State &state)
 {

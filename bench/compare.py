@@ -8,9 +8,9 @@ The executable names its benchmarks <what>/<who>/<size>. One <who> of each group
 table gives its time divided by that of every other one with the same <what> and <size>.
 
 Other work on the machine must not decide the result: all benchmarks are repeated, in random order
-within one run, and medians are compared. The spread is half the distance between the quartiles, of
-both times, in percent of their medians. On a machine that others use, --cpu-time compares the
-processor time instead of the real time.
+within one run, and medians are compared. The spread, given for both times, is half the distance
+between the quartiles in percent of the median. On a machine that others use, --cpu-time compares
+the processor time instead of the real time.
 """
 
 import json
