@@ -13,8 +13,8 @@
 
 using Exact = long double;
 
-/// A sum that keeps what its additions round away, since the longest kind of number must be its own
-/// reference.
+/// A sum that keeps what its additions round away: long double is checked too, and no longer kind
+/// of number exists to check it with.
 class ExactSum
 {
 public:
@@ -80,7 +80,7 @@ ExactBin exactBin(const ExactTurn &turn, const T x[], std::int64_t k)
 }
 
 /// How far the transform of @p length values at @p f is from @p exact in the bins @p bins: the root
-/// of the summed squares of the differences by that of the bins' own.
+/// of the sum of the squared differences, divided by that of the squared exact values.
 template<class T>
 double relativeError(const T f[], std::int64_t length, const std::vector<std::int64_t> &bins,
                      const std::vector<ExactBin> &exact)

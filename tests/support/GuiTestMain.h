@@ -44,7 +44,7 @@ int runGuiTest(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
 
     QApplication application(argc, argv);
-    // Windows come and go: without this the first to close would end the loop of a later dialog.
+    // Without this the first window that closes would end the event loop of a later dialog.
     QApplication::setQuitOnLastWindowClosed(false);
     Test test;
     return QTest::qExec(&test, argc, argv);

@@ -6,7 +6,7 @@
 #include <QStringList>
 
 /// The signals and slots that a class adds to its base, in the order of their declaration: kind and
-/// signature. Qt's own names of number types stand as the language's, which Qt versions differ in.
+/// signature. Qt's names of number types are replaced by the language's, since Qt versions differ.
 inline QStringList methodTable(const QMetaObject &meta)
 {
     QStringList table;

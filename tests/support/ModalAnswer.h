@@ -13,9 +13,10 @@
 
 #include <functional>
 
-/// Answers the modal boxes and file dialogs that open while it lives, in their order, by their own
-/// widgets. A timer does so, since whoever opens one waits for the answer. What nobody expects or
-/// what stays open is closed, so that the test goes on and can fail by problem().
+/// Answers the modal boxes and file dialogs that open while it exists, in the expected order, by
+/// their own widgets. A timer does this, because the code that opens a window waits for the answer.
+/// A window that is not expected or stays open is closed, so that the test continues and can fail
+/// by problem().
 class ModalAnswer : public QObject
 {
     Q_OBJECT
@@ -58,13 +59,13 @@ public:
     ModalAnswer &confirm();
     /// The next is a file dialog: cancel it.
     ModalAnswer &cancel();
-    /// What is expected last is answered as soon as @p condition holds.
+    /// The window expected last is answered as soon as @p condition holds.
     ModalAnswer &when(const std::function<bool()> &condition);
 
     const QList<Box> &boxes() const { return m_boxes; }
     const QList<Dialog> &dialogs() const { return m_dialogs; }
 
-    /// What went wrong, one a line; empty when exactly the expected windows opened.
+    /// What went wrong, one line for each; empty when exactly the expected windows opened.
     QByteArray problem() const;
 
 protected:

@@ -34,8 +34,8 @@ public:
             std::mismatch(from, m_samples.end(), sound.begin(), sound.end()).first - from);
     }
 
-    /// Where the token goes on, from @p next on, at the beginning of @p sound. A few samples in a
-    /// row are unmistakable; what is left of the token where it was left off may be fewer.
+    /// Where the token continues, from @p next on, at the beginning of @p sound. A few samples in a
+    /// row are enough to recognise it; at @p next there may be fewer left.
     std::optional<size_t> resumption(std::span<const float> sound, size_t next) const
     {
         constexpr size_t enough = 8;

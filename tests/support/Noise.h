@@ -7,8 +7,8 @@
 
 #include <span>
 
-/// Noise that stands nowhere else, so that its place in a recording is unmistakable. Its samples
-/// are exact as 32-bit floats and in 16 bits, and none is 0.
+/// Noise that occurs nowhere else, so that it can be found in a recording. Its samples are exact as
+/// 32-bit floats and in 16 bits, and none is 0.
 QList<double> noise(qsizetype nSamples, quint32 seed);
 
 /// @p samples as a 16-bit WAV file at 48 kHz.
@@ -25,8 +25,8 @@ struct HeardToken
     size_t first = 0;              ///< where in the recording the first one heard is
     size_t last = 0;               ///< where the last one heard is
 
-    /// Whether the token was heard from its beginning to its end, and something between them is
-    /// missing or was put in: that is how a stall of the sound server shows, other than a sound
+    /// Whether the token was heard from its beginning to its end, but something in between is
+    /// missing or was put in. This is the effect of a sound server that stalls, and not of a sound
     /// that was cut.
     bool hasGap() const { return fromItsBeginning && toItsEnd && !whole; }
 

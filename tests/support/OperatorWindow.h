@@ -3,7 +3,7 @@
 
 #include "app/MainWindow.h"
 
-/// The operator's window with what it keeps to itself laid open.
+/// The operator's window with the protected members that tests use made public.
 class OperatorWindow : public MainWindow
 {
     Q_OBJECT

@@ -3,8 +3,8 @@
 
 #include <QProcessEnvironment>
 
-/// The environment of another program that uses sound: without what this one asks of the sound
-/// server for its own streams.
+/// The environment of another program that uses sound: without what this program requests of the
+/// sound server for its own streams.
 inline QProcessEnvironment environmentOfOthers()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

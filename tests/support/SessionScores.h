@@ -7,21 +7,22 @@
 #include <QList>
 #include <QString>
 
-/// The answers given in a session, and what they must add up to. Nothing is tallied on the way: it
-/// is counted from the answers when it is asked for.
+/// The answers given in a session, and what they must add up to. Nothing is tallied meanwhile: a
+/// result is counted from the answers when it is asked for.
 class SessionScores
 {
 public:
-    /// For tokens of which each is the mother's or not.
+    /// @p isMother tells of each token whether it is the mother's.
     explicit SessionScores(const QList<bool> &isMother);
 
     /// Adds the answer "mother", or "stranger", to @p token.
     void add(int token, bool mother, double rt);
 
-    /// What the entry of the last trial must say, but for the token's file.
+    /// What the entry of the last trial must say, except for the token's file.
     Entry entry() const;
 
-    /// What the record of @p token must say when the session has ended, but for the token's file.
+    /// What the record of @p token must say when the session has ended, except for the token's
+    /// file.
     Record record(int token) const;
 
 private:
@@ -38,7 +39,7 @@ private:
     QList<Answer> m_answers;
 };
 
-/// All that @p entry says but for the token's file, to compare it.
+/// All that @p entry says except for the token's file, to compare it.
 QString scoreText(const Entry &entry);
 
 /// The same of @p record.

@@ -14,14 +14,13 @@ class SoundServer
 public:
     ~SoundServer();
 
-    /// Kills what the server consists of without giving it a chance to say goodbye; false when
-    /// there is nothing to kill.
+    /// Kills the server's processes, without letting them end properly; false when one was missing.
     bool kill();
 
-    /// Lets it stand still, or go on.
+    /// Pauses the server, or lets it continue.
     bool pause(bool paused);
 
-    /// Starts it anew, with the virtual output "out" as the default.
+    /// Starts the server again, with the virtual output "out" as the default.
     bool start();
 
     bool addOutput(const QString &name);
@@ -29,11 +28,11 @@ public:
     bool suspendOutput(const QString &name, bool suspended);
     bool isSuspended(const QString &name) const;
 
-    /// Lets other programs' streams, and those of this one that ask for nothing, play by periods of
-    /// @p nSamples.
+    /// Sets the period, in samples, of other programs' streams and of those of this program that
+    /// ask for none.
     bool setPeriod(int nSamples);
 
-    /// How many streams that play ask for a period of 2048 samples.
+    /// How many of the streams that play ask for a period of 2048 samples.
     int nStreamsWithPeriod() const;
 
     /// How many connections to the server this process has.

@@ -15,8 +15,8 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr int smallest = std::numeric_limits<int>::min();
 constexpr int largest = std::numeric_limits<int>::max();
 
-/// What @p draw returns when it is told the second in which it runs; it runs again when the clock
-/// has moved on meanwhile.
+/// Calls @p draw with the current second and returns its result. Calls it again when the second has
+/// changed meanwhile.
 template<typename Draw>
 auto withinOneSecond(Draw draw)
 {
@@ -29,7 +29,7 @@ auto withinOneSecond(Draw draw)
 }
 
 /// A test of the signal toolkit. While one of its functions runs, a window is open and, until a box
-/// opens, active: the toolkit's boxes could take it for their parent.
+/// opens, active, so that a box which wrongly took it as its parent would be noticed.
 class ToolkitTest : public QObject
 {
     Q_OBJECT
@@ -58,8 +58,8 @@ protected:
             m_answers->press(QMessageBox::Ok);
     }
 
-    /// Whether exactly boxes of these texts were shown, as the toolkit shows them: without a parent
-    /// above all.
+    /// Whether exactly these boxes were shown, by their texts, and as the toolkit shows them: above
+    /// all without a parent.
     bool shown(const QStringList &texts) const
     {
         QStringList shownTexts;
