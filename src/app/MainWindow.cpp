@@ -125,6 +125,7 @@ MainWindow::~MainWindow()
     presentationTimer.stop();
     releaseAudioOutput();
     silentStream.reset();
+    journal.close(SessionEnd::Quit);
 
     for (const LineChart *chart : {&waveformChart, &spectrumChart, &trendChart})
         delete chart->view;
@@ -248,6 +249,7 @@ void MainWindow::checkBoxAutoPlay_stateChanged(int arg1)
 
 void MainWindow::refreshMainWindow()
 {
+    journal.close(SessionEnd::BrokenOff);
     silentStream.reset(); // may process events, for which the controls are to be disabled still
     setEnabled(true);
     lineEditNTimes->setEnabled(true);

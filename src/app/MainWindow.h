@@ -6,6 +6,7 @@
 #include "audio/StreamFollower.h"
 #include "audio/TokenSound.h"
 #include "data/Data.h"
+#include "data/Journal.h"
 #include "plots/LineChart.h"
 
 #include <QAudio>
@@ -44,7 +45,8 @@ public:
     // app/MainWindow.cpp
     /// Builds the window with the default parameters, without showing it.
     explicit MainWindow(QWidget *parent = nullptr);
-    /// Silences what plays. Nothing is written, even in the middle of a session.
+    /// Silences what plays. No result file is written, even in the middle of a session; its journal
+    /// tells that the program was quit.
     ~MainWindow() override;
 
 signals:
@@ -241,6 +243,7 @@ protected:
     QWidget *centralWidget;
 
     Data data; ///< the parameters and results of the session
+    Journal journal{journalFolder()}; ///< open from "I am ready" until the subject window has closed
 
     // What the charts show. Points and ranges are those of the last display; a range is a list of
     // the smallest and the largest value.

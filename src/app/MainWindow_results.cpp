@@ -16,6 +16,7 @@ void MainWindow::computeResults()
 void MainWindow::finishIt()
 {
     computeResults();
+    journal.finish(data);
     emit doneDataCollection(data.soundDuration, data.reactionTime, data.mainParameterIndex);
     if (data.saveData)
         writeDataToTxt();

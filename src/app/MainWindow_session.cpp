@@ -8,10 +8,12 @@
 #include "data/Scoring.h"
 #include "subject/SubjectWindow.h"
 
+#include <QAudioDevice>
 #include <QComboBox>
 #include <QDebug>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QMediaDevices>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -45,6 +47,7 @@ void MainWindow::getReadyToGo()
     // be heard in this one.
     presentationTimer.stop();
     releaseAudioOutput();
+    journal.close(SessionEnd::BrokenOff);
 
     data.records.clear();
     data.entries.clear();
@@ -122,6 +125,7 @@ void MainWindow::updateMainwindow(int response)
         emit deliverWavFileName(data.wavFileName);
         qDebug() << data.wavFileName;
         playWav();
+        journal.begin(data, randomSequence, QMediaDevices::defaultAudioOutput().description());
         break;
     case MotherResponse:
     case StrangerResponse:
@@ -154,6 +158,8 @@ void MainWindow::takeAnswer(Category answer)
     Record &record = data.records[tokenIndex];
     scoreAnswer(data.entries[trial], record, tokenCategory(data.wavFileName, data.subCode), answer,
                 rt);
+    journal.answer({trial, tokenIndex, data.entries.at(trial),
+                    toJson(presentationTimings.value(trial))});
     if (answer == Category::Mother) {
         trendY[tokenIndex] = record.nMother;
         trendPoints[tokenIndex].setY(record.nMother);

@@ -3,9 +3,12 @@
 
 #include <QApplication>
 
+using namespace Qt::StringLiterals;
+
 int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
+    QApplication::setApplicationName(u"ostrine"_s); // names the folder of the journals
     MainWindow window;
     window.show();
     return QApplication::exec();

@@ -31,6 +31,17 @@ PresentationTiming presentationTiming(const StreamProgress &progress, StreamProg
             .longestBlindness = milliseconds(progress.longestBlindness())};
 }
 
+QJsonObject toJson(const PresentationTiming &timing)
+{
+    return {{"firstTaken"_L1, timing.firstTaken},
+            {"lastTaken"_L1, timing.lastTaken},
+            {"tokenEnd"_L1, timing.tokenEnd},
+            {"clockStart"_L1, timing.clockStart},
+            {"block"_L1, timing.block},
+            {"serverDelay"_L1, timing.serverDelay},
+            {"longestBlindness"_L1, timing.longestBlindness}};
+}
+
 QString timingProblem(const PresentationTiming &timing)
 {
     QStringList problems;

@@ -3,6 +3,7 @@
 
 #include "audio/StreamProgress.h"
 
+#include <QJsonObject>
 #include <QString>
 
 /// How accurately one presentation of a token was timed, as far as the program can tell. All values
@@ -26,6 +27,9 @@ struct PresentationTiming
 /// the token had been heard; the reaction clock was started at @p clockStart.
 PresentationTiming presentationTiming(const StreamProgress &progress, StreamProgress::Time due,
                                       StreamProgress::Time clockStart);
+
+/// The members of @p timing under their names.
+QJsonObject toJson(const PresentationTiming &timing);
 
 /// What the operator must know of @p timing, in a sentence; empty when all was well. A reaction
 /// clock may be late by 5 ms, and the sound server by half a block: by then it has probably torn a

@@ -1,12 +1,32 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/ResultTables.h"
 
-#include "data/Data.h"
+#include "data/Parameters.h"
 
 #include <QFileInfo>
 #include <QTextStream>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+template<typename Value>
+void writeValue(QTextStream &stream, const Value &value)
+{
+    stream << value;
+}
+
+void writeValue(QTextStream &stream, bool value)
+{
+    stream << int(value);
+}
+
+void writeValue(QTextStream &stream, const QStringList &value)
+{
+    stream << value.join(", "_L1);
+}
+
+} // namespace
 
 void writeRecordsTable(QTextStream &stream, const QList<Record> &records, qsizetype nEntries)
 {
@@ -40,29 +60,12 @@ void writeEntriesTable(QTextStream &stream, const QList<Entry> &entries)
 
 void writeParameters(QTextStream &stream, const Data &data)
 {
-    stream << "fs: " << data.fs << '\n'
-           << "alwaysPlotEntireWaveformFlag: " << data.alwaysPlotEntireWaveformFlag << '\n'
-           << "upperFrequencyToPlot: " << data.upperFrequencyToPlot << '\n'
-           << "outputFilePath: " << data.outputFilePath << '\n'
-           << "wavFilePath: " << data.wavFilePath << '\n'
-           << "subCode: " << data.subCode << '\n'
-           << "outputFileName: " << data.outputFileName << '\n'
-           << "outputFileName_entries: " << data.outputFileName_entries << '\n'
-           << "outputFileName_parameters: " << data.outputFileName_parameters << '\n'
-           << "sesTypeNames: " << data.sesTypeNames.join(", "_L1) << '\n'
-           << "sesTypeIndex: " << data.sesTypeIndex << '\n'
-           << "soundTypeNames: " << data.soundTypeNames.join(", "_L1) << '\n'
-           << "soundTypeIndex: " << data.soundTypeIndex << '\n'
-           << "mainParameterNames: " << data.mainParameterNames.join(", "_L1) << '\n'
-           << "mainParameterIndex: " << data.mainParameterIndex << '\n'
-           << "sesNum: " << data.sesNum << '\n'
-           << "nTimes: " << data.nTimes << '\n'
-           << "si: " << data.si << '\n'
-           << "threshold: " << data.threshold << '\n'
-           << "reactionTime: " << data.reactionTime << '\n'
-           << "saveData: " << int(data.saveData) << '\n'
-           << "feedBack: " << int(data.feedBack) << '\n'
-           << "autoPlay: " << int(data.autoPlay);
+    const char *separator = "";
+    forEachParameter(data, [&](const char *name, const auto &value) {
+        stream << separator << name << ": ";
+        writeValue(stream, value);
+        separator = "\n";
+    });
 }
 
 QString proposedFileName(const Data &data)

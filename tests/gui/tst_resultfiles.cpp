@@ -11,7 +11,11 @@
 #include <QSignalSpy>
 #include <QTimer>
 
+#include <csignal>
 #include <memory>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -41,12 +45,17 @@ private slots:
     void existingFilesAreReplacedWithoutAQuestion();
     void aCancelledDialogWarnsAndStillWritesTheCompanions();
     void eachFileThatCannotBeOpenedIsReported();
-    void aMissingFolderIsMadeUnderTheFullName();
+    void aMissingFolderIsMade();
     void aFolderOfTheRecordsNameIsOpenedByTheDialog();
     void aFolderOfACompanionsNameCostsThatFileAlone_data();
     void aFolderOfACompanionsNameCostsThatFileAlone();
-    void aFullDiskIsReportedAndCostsThatFileAlone_data();
-    void aFullDiskIsReportedAndCostsThatFileAlone();
+    void aFullDiskIsReportedAndLeavesOlderFiles_data();
+    void aFullDiskIsReportedAndLeavesOlderFiles();
+    void aFolderWithoutNewFilesIsWrittenToAllTheSame();
+    void onlyARegularFileIsWritten_data();
+    void onlyARegularFileIsWritten();
+    void aLinkedFileStaysLinked();
+    void theLongestNameIsWritten();
     void theTablesAreEmptyWithoutTokens();
     void aSecondSaveProposesTheDefaultFolderAgain();
 
@@ -238,19 +247,19 @@ void TestResultFiles::eachFileThatCannotBeOpenedIsReported()
     QCOMPARE(contents(path("plain")), "kept");
 }
 
-// Catches a changed rule for a folder that is not there: the full name becomes a folder, so that
-// the records file cannot be opened and the others can.
-void TestResultFiles::aMissingFolderIsMadeUnderTheFullName()
+// Catches a folder that is not made, and records lost because a folder of their own file's name is
+// made in it.
+void TestResultFiles::aMissingFolderIsMade()
 {
-    const QString chosen = path("new/x.txt");
+    const QString chosen = path("new/below/x.txt");
     ModalAnswer answers;
-    answers.choose(chosen).press(QMessageBox::Ok);
+    answers.choose(chosen);
     m_window->writeDataToTxt();
     QCOMPARE(answers.problem(), "");
-    QCOMPARE(answers.boxes().first().text, notOpened + chosen + "x.txt");
-    QVERIFY(QFileInfo(chosen).isDir());
-    QCOMPARE(contents(path("new/x_entries.txt")), entriesTable);
-    QCOMPARE(contents(path("new/x_parameters.txt")), parameters(chosen));
+    QCOMPARE(answers.boxes().size(), 0);
+    QCOMPARE(contents(chosen), recordsTable);
+    QCOMPARE(contents(path("new/below/x_entries.txt")), entriesTable);
+    QCOMPARE(contents(path("new/below/x_parameters.txt")), parameters(chosen));
 }
 
 // Catches a folder taken for the records file: the dialog opens it and asks on.
@@ -297,35 +306,122 @@ void TestResultFiles::aFolderOfACompanionsNameCostsThatFileAlone()
              folder.contains("entries") ? parameters(path("x.txt")) : entriesTable);
 }
 
-void TestResultFiles::aFullDiskIsReportedAndCostsThatFileAlone_data()
+void TestResultFiles::aFullDiskIsReportedAndLeavesOlderFiles_data()
 {
-    QTest::addColumn<QString>("full");
-    for (const char *name : {"x.txt", "x_entries.txt", "x_parameters.txt"})
-        QTest::newRow(name) << name;
+    QTest::addColumn<qint64>("largestFile");
+    QTest::addColumn<QStringList>("lost");
+    QTest::newRow("parameters") << qint64(200) << QStringList{"x_parameters.txt"};
+    QTest::newRow("all") << qint64(10) << QStringList{"x.txt", "x_entries.txt", "x_parameters.txt"};
 }
 
-// Catches results lost without a word on a full disk, and the other files lost with them.
-void TestResultFiles::aFullDiskIsReportedAndCostsThatFileAlone()
+// Catches results lost without a word on a full disk, the other files lost with them, complete
+// older files destroyed by a save that fails, and what is left of the failed ones.
+void TestResultFiles::aFullDiskIsReportedAndLeavesOlderFiles()
 {
-    QFETCH(const QString, full);
-    QVERIFY(QFileInfo::exists("/dev/full"));
-    QVERIFY(QFile::link("/dev/full", path(full)));
-    ModalAnswer answers;
-    answers.choose(path("x.txt")).press(QMessageBox::Ok);
-    m_window->writeDataToTxt();
-    QCOMPARE(answers.problem(), "");
-    const ModalAnswer::Box box = answers.boxes().first();
-    QCOMPARE(box.title, "Warning");
-    QCOMPARE(box.text, notWritten + path(full));
-    QCOMPARE(box.icon, QMessageBox::Warning);
-    QCOMPARE(box.buttons, QMessageBox::Ok);
+    QFETCH(const qint64, largestFile);
+    QFETCH(const QStringList, lost);
     const QList<std::pair<QString, QByteArray>> files = {
         {"x.txt", recordsTable},
         {"x_entries.txt", entriesTable},
         {"x_parameters.txt", parameters(path("x.txt"))}};
-    for (const auto &[name, table] : files) {
-        if (name != full)
-            QCOMPARE(contents(path(name)), table);
+    for (const auto &[name, table] : files)
+        QVERIFY(writeFile(path(name), "older " + name.toUtf8()));
+
+    rlimit before{};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit full{static_cast<rlim_t>(largestFile), before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    ModalAnswer answers;
+    answers.choose(path("x.txt"));
+    for (qsizetype i = 0; i < lost.size(); ++i)
+        answers.press(QMessageBox::Ok);
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &full), 0);
+    m_window->writeDataToTxt();
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+
+    QCOMPARE(answers.problem(), "");
+    for (qsizetype i = 0; i < lost.size(); ++i) {
+        const ModalAnswer::Box &box = answers.boxes().at(i);
+        QCOMPARE(box.title, "Warning");
+        QCOMPARE(box.text, notWritten + path(lost.at(i)));
+        QCOMPARE(box.icon, QMessageBox::Warning);
+        QCOMPARE(box.buttons, QMessageBox::Ok);
+    }
+    for (const auto &[name, table] : files)
+        QCOMPARE(contents(path(name)), lost.contains(name) ? "older " + name.toUtf8() : table);
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files).size(), 3);
+}
+
+// Catches a folder that allows no new files taken for one in which nothing can be saved.
+void TestResultFiles::aFolderWithoutNewFilesIsWrittenToAllTheSame()
+{
+    // Not even root may make files there; the files that are there can be written to.
+    QVERIFY(QFile::link("/proc/self/comm", path("x.txt")));
+    ModalAnswer answers;
+    answers.choose(path("x.txt"));
+    m_window->writeDataToTxt();
+    QCOMPARE(answers.problem(), "");
+    QCOMPARE(contents("/proc/self/comm"), recordsTable.first(15) + '\n');
+}
+
+void TestResultFiles::onlyARegularFileIsWritten_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("pipe");
+    for (const char *name : {"x.txt", "x_entries.txt", "x_parameters.txt"}) {
+        QTest::addRow("pipe %s", name) << QString(name) << true;
+        QTest::addRow("device %s", name) << QString(name) << false;
+    }
+}
+
+// Catches a program that waits for ever for somebody to read a pipe, and a device replaced by a
+// file.
+void TestResultFiles::onlyARegularFileIsWritten()
+{
+    QFETCH(const QString, name);
+    QFETCH(const bool, pipe);
+    if (pipe)
+        QCOMPARE(mkfifo(QFile::encodeName(path(name)).constData(), 0600), 0);
+    else
+        QVERIFY(QFile::link("/dev/null", path(name)));
+    ModalAnswer answers;
+    answers.choose(path("x.txt")).press(QMessageBox::Ok);
+    m_window->writeDataToTxt();
+    QCOMPARE(answers.problem(), "");
+    QCOMPARE(answers.boxes().first().text, notOpened + path("x.txt") + name);
+    QVERIFY(!QFileInfo(path(name)).isFile());
+    QVERIFY(!QFileInfo("/dev/null").isFile());
+    for (const char *other : {"x.txt", "x_entries.txt", "x_parameters.txt"})
+        QVERIFY(other == name || QFileInfo(path(other)).size() > 0);
+}
+
+// Catches a link that a save replaces by a file.
+void TestResultFiles::aLinkedFileStaysLinked()
+{
+    QVERIFY(QDir().mkpath(path("elsewhere")));
+    QVERIFY(writeFile(path("elsewhere/y.txt"), "older"));
+    QVERIFY(QFile::link(path("elsewhere/y.txt"), path("x.txt")));
+    ModalAnswer answers;
+    answers.choose(path("x.txt"));
+    m_window->writeDataToTxt();
+    QCOMPARE(answers.problem(), "");
+    QVERIFY(QFileInfo(path("x.txt")).isSymLink());
+    QCOMPARE(contents(path("elsewhere/y.txt")), recordsTable);
+}
+
+// Catches a name that has no room for what is added to it while the file is written.
+void TestResultFiles::theLongestNameIsWritten()
+{
+    const QString name = QString(255 - 11 - 4, 'n') + ".txt"; // room for "_parameters"
+    for (int save = 0; save < 2; ++save) {
+        ModalAnswer answers;
+        answers.choose(path(name));
+        m_window->writeDataToTxt();
+        QCOMPARE(answers.problem(), "");
+        QCOMPARE(contents(path(name)), recordsTable);
+        QCOMPARE(contents(path(QString(name).replace(".txt", "_parameters.txt"))),
+                 parameters(path(name)));
     }
 }
 

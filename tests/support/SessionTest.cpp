@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/SessionTest.h"
 
+#include "data/Journal.h"
 #include "subject/SubjectWindow.h"
 
 #include <QCheckBox>
@@ -27,6 +28,7 @@ void SessionTest::cleanup()
     m_folder.reset();
     const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
     QVERIFY(QDir(desktop + "/CHD001").removeRecursively());
+    QVERIFY(QDir(journalFolder()).removeRecursively());
 }
 
 QPushButton *SessionTest::subject(const char *name) const

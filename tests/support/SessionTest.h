@@ -11,7 +11,7 @@
 class QPushButton;
 
 /// A test that carries out sessions by the buttons of both windows. Each of its functions gets a
-/// new operator's window and an empty folder.
+/// new operator's window and an empty folder, and finds no journals.
 class SessionTest : public QObject
 {
     Q_OBJECT
