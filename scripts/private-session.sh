@@ -4,12 +4,10 @@
 # and a sound server. The command neither sees nor changes the caller's desktop and plays nothing on it. Several
 # of these environments can run at the same time, and everything started in one is stopped at the end.
 #
-#   private-session.sh [--audio] [--period SAMPLES] [--pulseaudio] [--display] [--awake]
-#                      COMMAND [ARGUMENT...]
+#   private-session.sh [OPTION...] COMMAND [ARGUMENT...]
 #
 #   --display         an Xvfb screen of 1440 x 900 with the openbox window manager
-#   --audio           PipeWire with the virtual output "out" (48 kHz, mono) as the default; what is
-#                     played can be recorded from "out.monitor"
+#   --audio           PipeWire with the virtual output "out" (48 kHz, mono), which can be recorded as "out.monitor"
 #   --period SAMPLES  PipeWire's period, 2048 by default
 #   --pulseaudio      PulseAudio instead of PipeWire
 #   --awake           keeps idle processors from sleeping: a virtual processor may take tens of milliseconds to
@@ -18,32 +16,28 @@
 # The exit code is COMMAND's, or 125 if the environment itself could not be set up.
 set -euo pipefail
 
-folder=$(mktemp -d "${TMPDIR:-/tmp}/ostrine-session.XXXXXXXX")
-
-# setsid puts everything that is started there into one process group, so that children of children can be
-# stopped too. The group's leader gets a signal if this script is killed before it can clean up.
-setsid setpriv --pdeathsig TERM "$(dirname "${BASH_SOURCE[0]}")/private-session/start.sh" "$folder" "$@" <&0 &
-group=$!
-
-# Zombies do not count.
-any_alive() { pgrep -s "$group" -r D,R,S,T,t >/dev/null; }
-
+folder='' session=''
 clean_up() {
     local code=$? signal i
     trap '' HUP INT TERM
-    for signal in TERM KILL; do
-        kill "-$signal" -- "-$group" 2>/dev/null || break
-        for ((i = 0; i < 30; ++i)); do
-            any_alive || break 2
-            sleep 0.1
-        done
+    # Asked to end first, and made to after three seconds; signal 0 only looks whether anything is left. Zombies do
+    # not count.
+    for ((i = 0; i < 60; ++i)); do
+        case $i in 0) signal=TERM ;; 30) signal=KILL ;; *) signal=0 ;; esac
+        pkill "-$signal" -s "$session" -r D,R,S,T,t 2>/dev/null || break
+        sleep 0.1
     done
     rm -rf "$folder"
     exit "$code"
 }
+# Before anything is there to be cleaned up, so that a signal leaves nothing.
 trap clean_up EXIT
-trap 'exit 129' HUP
-trap 'exit 130' INT
-trap 'exit 143' TERM
+trap 'exit 143' HUP INT TERM
 
-wait "$group"
+folder=$(mktemp -d "${TMPDIR:-/tmp}/ostrine-session.XXXXXXXX")
+
+# A session in the kernel's sense holds children of children too, so that all can be stopped. Its leader gets a
+# signal if this script is killed before it can clean up.
+setsid setpriv --pdeathsig TERM "$(dirname "${BASH_SOURCE[0]}")/private-session/start.sh" "$folder" "$@" <&0 &
+session=$!
+wait "$session"

@@ -37,5 +37,11 @@ expect 125
 expect 0 bash -c "sleep $nap &"
 # One that does not mind being asked to end
 expect 0 bash -c "trap '' TERM; sleep $nap &"
+# One in a process group of its own, as an interactive shell makes them
+expect 0 bash -c "set -m; sleep $nap &"
 # Told to end while its command runs: the outside is the parent of the inside, which is the command's.
 expect 143 bash -c "sleep $nap & kill -TERM \$(ps -o ppid= -p \$PPID); wait"
+
+# Killed, the outside cannot clean up any more, but everything inside ends.
+{ "$session" bash -c "sleep $nap & kill -KILL \$(ps -o ppid= -p \$PPID); wait" || true; } 2>/dev/null
+timeout 10 bash -c "while pgrep -xf 'sleep $nap'; do sleep 0.1; done"
