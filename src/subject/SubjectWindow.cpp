@@ -11,6 +11,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -34,6 +35,19 @@ QString finalText(qreal threshold, qreal reactionTime, qint32 mainParameterIndex
     return text + QString::number(threshold * 100.0) + u" %,   Reaction Time = "_s +
            QString::number(reactionTime) + u" ms"_s;
 }
+
+/// Refuses all requests to close the window whose events it filters.
+class CloseRefusal : public QObject
+{
+public:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() != QEvent::Close)
+            return false;
+        event->ignore();
+        return true;
+    }
+};
 
 } // namespace
 
@@ -226,6 +240,10 @@ void SubjectWindow::closeEvent(QCloseEvent *event)
         event->accept();
         return;
     }
+    // Qt grants a second request unasked while closeEvent() deals with the first.
+    CloseRefusal refusal;
+    if (QWindow *handle = windowHandle())
+        handle->installEventFilter(&refusal);
     const auto answer = QMessageBox::question(
         this, u"Confirmation MessageBox"_s, tr("Do you want to close this window?\n"),
         QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, QMessageBox::Yes);
