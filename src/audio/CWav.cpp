@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/CWav.h"
 
+#include "audio/RegularFile.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
@@ -96,7 +98,7 @@ CWav::~CWav()
 
 bool CWav::LoadWav(std::string filename)
 {
-    std::ifstream file(filename, std::ios::binary);
+    std::ifstream file = openRegularFile(filename);
     if (!file.is_open()) {
         reportError("Unable to open WAV file: ", filename);
         return false;

@@ -19,6 +19,7 @@ public:
 
     /// Opens, checks, reads and converts the file @p filename (UTF-8). True when the header passed
     /// all checks, even if fewer sample bytes follow than it declares; sampleVector is then empty.
+    /// What is neither a regular file nor a link to one counts as a file that cannot be opened.
     /// No chunk is searched for: the samples begin at byte 44. A header that declares no sample
     /// bytes leaves the previous samples in place.
     bool LoadWav(std::string filename);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/CWav.h"
+#include "support/Captured.h"
 #include "support/WavFile.h"
 
 #include <QTemporaryDir>
@@ -11,35 +12,12 @@
 #include <cstdint>
 #include <iostream>
 #include <memory>
-#include <sstream>
-#include <streambuf>
 
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
 
 namespace {
-
-/// Collects what is written to a standard stream, as long as it lives.
-class Captured
-{
-public:
-    explicit Captured(std::ostream &stream)
-        : m_stream(stream)
-        , m_before(stream.rdbuf(m_text.rdbuf()))
-    {
-    }
-    ~Captured() { m_stream.rdbuf(m_before); }
-    Captured(const Captured &) = delete;
-    Captured &operator=(const Captured &) = delete;
-
-    QByteArray text() const { return QByteArray::fromStdString(m_text.str()); }
-
-private:
-    std::ostringstream m_text;
-    std::ostream &m_stream;
-    std::streambuf *m_before;
-};
 
 /// What one call of LoadWav answered and printed.
 struct Loading
