@@ -14,7 +14,10 @@ std::optional<TokenSize> tokenSize(const CWav &wav)
     if (nPoints == 0 || nPoints > std::numeric_limits<qint32>::max() ||
         wav.sampleVector.size() < wav.numSamples)
         return std::nullopt;
-    return TokenSize{static_cast<qint32>(nPoints), static_cast<double>(nPoints) / wav.sampleRate};
+    const double duration = static_cast<double>(nPoints) / wav.sampleRate;
+    if (duration > longestToken)
+        return std::nullopt;
+    return TokenSize{static_cast<qint32>(nPoints), duration};
 }
 
 void takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave)

@@ -9,6 +9,10 @@
 
 class CWav;
 
+/// The longest token that is presented, in seconds. A header may declare a sampling rate by which
+/// an ordinary file lasts for weeks, and the subject would wait all that time.
+inline constexpr double longestToken = 3600.0;
+
 /// The size of a token's sound, per channel.
 struct TokenSize
 {
@@ -17,7 +21,8 @@ struct TokenSize
 };
 
 /// The size of the sound in @p wav, or nothing when it cannot be presented: no channel, no sampling
-/// rate, no sample, fewer samples than the header declares, or more than an int counts.
+/// rate, no sample, fewer samples than the header declares, more than an int counts, or more than
+/// longestToken seconds of them.
 std::optional<TokenSize> tokenSize(const CWav &wav);
 
 /// Makes @p soundWave @p nPoints long and copies the first channel of @p wav into it. With more

@@ -63,6 +63,9 @@ void TestTokenSound::theSizeCountsFramesAndRefusesFaultyFiles_data()
         << 2 << 48000U << 16 << 6 << 6U << 1 << 1 / 48000.0;
     QTest::newRow("three channels") << 3 << 48000U << 16 << 12 << 12U << 2 << 2 / 48000.0;
     QTest::newRow("one sample") << 1 << 48000U << 16 << 2 << 2U << 1 << 1 / 48000.0;
+    QTest::newRow("an hour") << 1 << 2U << 8 << 7200 << 7200U << 7200 << 3600.0;
+    QTest::newRow("more than an hour") << 1 << 2U << 8 << 7201 << 7201U << -1 << 0.0;
+    QTest::newRow("more than a week") << 1 << 1U << 16 << 1300000 << 1300000U << -1 << 0.0;
     QTest::newRow("no channels") << 0 << 48000U << 16 << 24000 << 24000U << -1 << 0.0;
     QTest::newRow("no rate") << 1 << 0U << 16 << 24000 << 24000U << -1 << 0.0;
     QTest::newRow("no data") << 1 << 48000U << 16 << 0 << 0U << -1 << 0.0;
@@ -74,7 +77,8 @@ void TestTokenSound::theSizeCountsFramesAndRefusesFaultyFiles_data()
     QTest::newRow("4 GiB declared, 16 bits") << 1 << 48000U << 16 << 10 << 4294967295U << -1 << 0.0;
 }
 
-// Catches a division by zero, samples counted for frames, and points that the file does not hold.
+// Catches a division by zero, samples counted for frames, points that the file does not hold, and a
+// token that would keep the subject waiting for days.
 void TestTokenSound::theSizeCountsFramesAndRefusesFaultyFiles()
 {
     QFETCH(const int, channels);
