@@ -3,6 +3,8 @@
 
 #include <QTest>
 
+#include <limits>
+
 class TestPresentationDelay : public QObject
 {
     Q_OBJECT
@@ -24,9 +26,14 @@ void TestPresentationDelay::theDelayIsSoundPlusIntervalCutToMilliseconds_data()
     QTest::newRow("truncated, not rounded") << 0.2509 << 1.0 << 1250;
     QTest::newRow("no interval") << 0.25 << 0.0 << 250;
     QTest::newRow("nothing") << 0.0 << 0.0 << 0;
+    // A header may declare a rate of 1 Hz.
+    constexpr int longest = std::numeric_limits<int>::max();
+    QTest::newRow("longest") << 2147482.647 << 1.0 << longest;
+    QTest::newRow("longer than an int counts") << 2147483.0 << 1.0 << longest;
+    QTest::newRow("longest token of all") << 2147483647.0 << 1.0 << longest;
 }
 
-// Catches rounding, a missing interval and a delay in another unit.
+// Catches rounding, a missing interval, a delay in another unit and one that becomes negative.
 void TestPresentationDelay::theDelayIsSoundPlusIntervalCutToMilliseconds()
 {
     QFETCH(const double, soundDuration);
