@@ -9,6 +9,7 @@
 #   wayland           to run it on a desktop that supports only Wayland
 #   demo              to build it and run the demo session on a virtual screen with a virtual sound output
 #   test              to build it and run the tests
+#   fuzz              to build and run the fuzz targets
 #   bench             to build and run the benchmarks
 #   bench-pulseaudio  the same, with PulseAudio as well; it cannot be installed where the desktop's sound server is
 #                     PipeWire
@@ -35,12 +36,14 @@ checks=(clang g++-aarch64-linux-gnu qemu-user)
 if [ "$(. /etc/os-release && echo "${VERSION_CODENAME:-}")" = bookworm ]; then
     checks+=(clang-format-14 clang-tidy-14)
 fi
+# The fuzzer comes with Clang's run-time libraries; llvm names the lines of a finding
+fuzzer=(clang libclang-rt-dev llvm)
 # Other libraries' transforms and readers to compare with, and the library that the timing benchmark records with
 peers=(libbenchmark-dev libfftw3-dev libgsl-dev libeigen3-dev libsndfile1-dev libpulse-dev pkg-config)
 
 packages=()
 if [ $# -eq 0 ]; then
-    echo "usage: setup.sh run|wayland|demo|test|bench|bench-pulseaudio..." >&2
+    echo "usage: setup.sh run|wayland|demo|test|fuzz|bench|bench-pulseaudio..." >&2
     exit 2
 fi
 for set in "$@"; do
@@ -49,6 +52,7 @@ for set in "$@"; do
         wayland) packages+=(qt6-wayland) ;;
         demo) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}") ;;
         test) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}" "${checks[@]}") ;;
+        fuzz) packages+=("${build[@]}" "${fuzzer[@]}") ;;
         bench) packages+=("${build[@]}" "${sound[@]}" "${peers[@]}") ;;
         bench-pulseaudio) packages+=("${build[@]}" "${sound[@]}" "${peers[@]}" pulseaudio) ;;
         *) echo "setup: there is no set of packages $set" >&2; exit 2 ;;
