@@ -250,7 +250,7 @@ void MainWindow::checkBoxAutoPlay_stateChanged(int arg1)
 void MainWindow::refreshMainWindow()
 {
     journal.close(SessionEnd::BrokenOff);
-    silentStream.reset(); // may process events, for which the controls are to be disabled still
+    silentStream.reset(); // may process events, during which the controls must still be disabled
     setEnabled(true);
     lineEditNTimes->setEnabled(true);
     pushButtonPractice->setEnabled(true);

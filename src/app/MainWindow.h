@@ -45,8 +45,8 @@ public:
     // app/MainWindow.cpp
     /// Builds the window with the default parameters, without showing it.
     explicit MainWindow(QWidget *parent = nullptr);
-    /// Silences what plays. No result file is written, even in the middle of a session; its journal
-    /// tells that the program was quit.
+    /// Stops the sound that is playing. Writes no result file, even in the middle of a session; the
+    /// session's journal then says that the program was quit.
     ~MainWindow() override;
 
 signals:
@@ -169,10 +169,11 @@ protected:
     /// desktop, and the name of the records file in it.
     void updateOutputFilePath();
     void updateOutputFileName();
-    /// Asks for the name of the records file and writes the three result files beside each other,
-    /// over what is there. A file that cannot be written is shown in a warning and the others are
-    /// written all the same; so it is with the empty name of a cancelled dialog. The paths and
-    /// names in data are then those of the files: outputFilePath the full path of the records file.
+    /// Asks for the name of the records file and writes the three result files to one folder,
+    /// replacing older ones. A warning is shown for each file that cannot be written, and the
+    /// others are still written; a cancelled dialog gives an empty name, to which no records file
+    /// can be written. The paths and names in data become those of the files, and outputFilePath
+    /// becomes the full path of the records file.
     void writeDataToTxt();
 
     // plots/MainWindow_plotSizes.cpp
@@ -243,7 +244,7 @@ protected:
     QWidget *centralWidget;
 
     Data data; ///< the parameters and results of the session
-    Journal journal{journalFolder()}; ///< open from "I am ready" until the subject window has closed
+    Journal journal{journalFolder()}; ///< open from "I am ready" until the subject window closes
 
     // What the charts show. Points and ranges are those of the last display; a range is a list of
     // the smallest and the largest value.

@@ -31,7 +31,7 @@ PresentationTiming presentationTiming(const StreamProgress &progress, StreamProg
 /// The members of @p timing under their names.
 QJsonObject toJson(const PresentationTiming &timing);
 
-/// What the operator must know of @p timing, in a sentence; empty when all was well. A reaction
-/// clock may be late by 5 ms, and the sound server by half a block: by then it has probably torn a
-/// gap into the sound.
+/// What the operator must know about @p timing, in one sentence; empty when all was well. The
+/// reaction clock may be up to 5 ms late, and the sound server up to half a block; a server that is
+/// later has probably left a gap in the sound.
 QString timingProblem(const PresentationTiming &timing);

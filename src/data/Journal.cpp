@@ -29,7 +29,7 @@ bool synchroniseFile(int descriptor)
     return fsync(descriptor) == 0;
 }
 
-/// Without this a new file may be gone from its folder after a power cut.
+/// Without this a new file may be missing from its folder after a power cut.
 void synchroniseFolder(const QString &folder, const Journal::Synchronise &synchronise)
 {
     const int descriptor =
@@ -242,7 +242,7 @@ private:
         for (int copy = 1; copy < 100; ++copy) {
             const QString number = copy == 1 ? QString() : u"_%1"_s.arg(copy);
             m_file.setFileName(QDir(m_folder).filePath(m_name + number + u".jsonl"_s));
-            // Participants' answers are nobody else's business.
+            // Only the user may read the participants' answers.
             if (m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
                             QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
                 synchroniseFolder(m_folder, m_synchronise);
@@ -312,7 +312,7 @@ void Journal::close(SessionEnd end)
     m_file.reset();
 }
 
-/// Has @p line made and written by the thread.
+/// Makes the thread form @p line and add it to the open journal, if there is one.
 void Journal::write(const std::function<QJsonObject()> &line)
 {
     if (m_file == nullptr)

@@ -27,26 +27,27 @@ struct JournaledAnswer
     qint32 trial = 0;         ///< of the presentation, from 0 on
     qint32 token = 0;         ///< index into the records
     Entry entry;              ///< as it was scored
-    QJsonObject presentation; ///< how well the presentation kept its time
+    QJsonObject presentation; ///< how accurately the presentation was timed
 };
 
 /// The folder that holds the journals of this user's sessions.
 QString journalFolder();
 
-/// Keeps a journal of each session beside the result files, so that no answer is lost whatever
-/// becomes of those or of the program: a file of JSON Lines, with a head when the session begins
-/// and a line for each answer, for the end and for each save.
+/// Keeps a journal of each session in addition to the result files, so that no answer is lost
+/// whatever happens to those or to the program. It is a file of JSON Lines: a head, written when
+/// the session begins, and a line for each answer, for the end and for each save.
 ///
-/// A thread of its own writes and synchronises the lines, in their order. A call only hands them
-/// over, and waits for no disk. A journal that cannot be written is told once in the log; what is
-/// missing is tried again with the next line.
+/// A thread of its own writes and synchronises the lines, in their order. A call only passes them
+/// to the thread and never waits for the disk. If a journal cannot be written, that is logged once,
+/// and the missing lines are tried again with the next one.
 class Journal
 {
 public:
-    /// Has the system write to the disk what it holds of the file with this descriptor.
+    /// Makes the system write to the disk what it still holds in memory of the file with this
+    /// descriptor; false when that fails.
     using Synchronise = std::function<bool(int descriptor)>;
 
-    /// Journals are new files in @p folder, which is made when it does not exist.
+    /// Journals are new files in @p folder, which is created when it does not exist.
     explicit Journal(const QString &folder);
     Journal(const QString &folder, const Synchronise &synchronise);
 
@@ -56,7 +57,8 @@ public:
     Q_DISABLE_COPY_MOVE(Journal)
 
     /// Begins the journal of a session with the parameters and records of @p data, whose tokens are
-    /// presented in @p order on the audio output named @p output. Nothing while a journal is open.
+    /// presented in @p order on the audio output named @p output. Does nothing while a journal is
+    /// open.
     void begin(const Data &data, const QList<qint32> &order, const QString &output);
 
     /// Each adds a line to the open journal, if there is one.
@@ -64,7 +66,7 @@ public:
     void finish(const Data &data); ///< with the parameters of @p data, as they were at the end
     void save(const QList<SavedFile> &files);
 
-    /// Closes the open journal, if there is one. @p end is told where the session has not finished.
+    /// Closes the open journal, if there is one. Adds @p end to it if the session has not finished.
     void close(SessionEnd end);
 
 private:
@@ -75,11 +77,11 @@ private:
     QString m_folder;
     Synchronise m_synchronise;
     std::shared_ptr<File> m_file; ///< the open journal, used by the thread only
-    bool m_finished = false;      ///< the open journal tells that its session has finished
-    QThreadPool m_thread;         ///< of one thread; destroyed first, which waits for it
+    bool m_finished = false;      ///< the open journal says that its session has finished
+    QThreadPool m_thread;         ///< has one thread; destroyed first, which waits for the thread
 };
 
-/// A session as its journal tells it.
+/// A session as it stands in its journal.
 struct JournaledSession
 {
     QString version;     ///< of the program
@@ -88,16 +90,16 @@ struct JournaledSession
     QDateTime started;   ///< UTC
     QList<qint32> order; ///< token indexes in presentation order
 
-    /// The parameters, records and entries as they were at the end or, when the session did not
-    /// finish, as they are when the answers given are all: the records with means, and no entries
-    /// behind the last one answered.
+    /// The parameters, records and entries as they were at the end. If the session did not finish,
+    /// they are those of the answers given: the records contain means, and the last entry is the
+    /// last one answered.
     Data data;
 
     QList<JournaledAnswer> answers;
-    std::optional<SessionEnd> end; ///< nothing when the program was stopped or the computer failed
+    std::optional<SessionEnd> end; ///< no value when the program was stopped or the computer failed
     QList<QList<SavedFile>> saves; ///< the files of each save
 };
 
-/// The session that the text @p journal tells of. What is torn or cannot be understood is left out;
-/// nothing when the head is.
+/// The session in the text @p journal. A line that is incomplete or cannot be understood is left
+/// out; if that is the head, there is no session.
 std::optional<JournaledSession> readJournal(const QByteArray &journal);

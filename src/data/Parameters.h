@@ -38,6 +38,6 @@ void forEachParameter(SomeData &data, Visit visit)
 /// The parameters of @p data under their names: numbers, strings, true or false, lists of strings.
 QJsonObject parametersToJson(const Data &data);
 
-/// Takes the parameters of @p data from what parametersToJson() made. A parameter that is missing
-/// or of another type becomes 0, empty or false.
+/// Sets the parameters of @p data to those in @p json, which parametersToJson() has made. One that
+/// is missing or of another type becomes 0, empty or false.
 void parametersFromJson(const QJsonObject &json, Data &data);

@@ -17,15 +17,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// In bytes. QSaveFile adds seven to a file's name until the file is complete.
+/// In bytes. QSaveFile adds seven of them to a file's name until the file is complete.
 constexpr qsizetype longestName = 255 - 7;
 
-/// Opens a file that takes the place of @p path when it is complete or, where its folder allows no
-/// such file, @p path itself; null when neither can be opened.
+/// Opens a file that replaces @p path when it is complete or, if the folder allows no such file,
+/// @p path itself; null when neither can be opened.
 std::unique_ptr<QFileDevice> openResultFile(const QString &path)
 {
-    // The first needs no name to open. Opening a pipe would wait for its reader, and a device would
-    // be replaced by a file.
+    // A QSaveFile can be opened without a name. Opening a pipe would wait for its reader, and a
+    // device would be replaced by a file.
     const QFileInfo info(path);
     if (path.isEmpty() || (info.exists() && !info.isFile()))
         return nullptr;
@@ -37,7 +37,7 @@ std::unique_ptr<QFileDevice> openResultFile(const QString &path)
     return inPlace->open(mode) ? std::move(inPlace) : nullptr;
 }
 
-/// Whether all that was written to @p file is in its place now.
+/// Completes @p file; returns whether all that was written to it is now in its place.
 bool complete(QFileDevice &file)
 {
     const bool written = file.flush() && file.error() == QFileDevice::NoError;
@@ -45,12 +45,12 @@ bool complete(QFileDevice &file)
     if (beside == nullptr)
         return written;
     if (!written)
-        beside->cancelWriting(); // commit() does not see that the last flush has failed
+        beside->cancelWriting(); // commit() does not notice that the last flush has failed
     return beside->commit();
 }
 
-/// Writes the file @p path by @p write. What goes wrong is told to @p warn; a file that cannot be
-/// opened is called @p shownName there.
+/// Writes the file @p path by @p write. Reports failure to @p warn, where a file that cannot be
+/// opened is called @p shownName.
 SavedFile writeResultFile(const QString &path, const QString &shownName,
                           const std::function<void(const QString &)> &warn,
                           const std::function<void(QTextStream &)> &write)
@@ -83,7 +83,7 @@ QList<SavedFile> writeResultFiles(Data &data, qsizetype nPresentations, const QS
     const QDir folder = recordsFile.dir();
     if (!folder.exists()) {
         QDir().mkpath(data.outputFilePath);
-        // That made the folder, and in it another one of the file's own name, which is in its way.
+        // This has created the folder, and in it another one with the name of the file itself.
         QDir().rmdir(data.outputFilePath);
     }
 

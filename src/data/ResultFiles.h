@@ -13,19 +13,18 @@ class Data;
 struct SavedFile
 {
     QString path;
-    QByteArray
-        sha256; ///< of all that was written, in hexadecimal; empty when the file could not be
+    QByteArray sha256; ///< of what was written, in hexadecimal; empty when that failed
 };
 
-/// Writes the three result files of @p data: the records file to @p recordsPath, which may be empty
-/// and then fails like any other that cannot be written, and the other two beside it. @p data gets
-/// the paths and names of the files first. @p nPresentations is that of the session as it was
-/// planned.
+/// Writes the three result files of @p data: the records file to @p recordsPath, and the other two
+/// to the same folder. An empty path fails like any other file that cannot be written. Sets the
+/// paths and names in @p data to those of the files first. @p nPresentations is the number that the
+/// session was planned to have.
 ///
-/// A file is written beside its place and then takes it, so that a failure leaves a complete older
-/// file of that name as it was; in a folder that allows no new files, the older file is overwritten
-/// in place. Only a regular file is written to. What goes wrong is told to @p warn, in a text for
-/// the operator; the other files are written all the same.
+/// A file is written under another name and renamed when it is complete, so that a failure leaves
+/// an older file as it was. In a folder that allows no new files, the older file is overwritten in
+/// place. Only regular files are written to. A failure is reported to @p warn, in a text for the
+/// operator, and the other files are still written.
 /// @return the records, the entries and the parameters file
 QList<SavedFile> writeResultFiles(Data &data, qsizetype nPresentations, const QString &recordsPath,
                                   const std::function<void(const QString &)> &warn);

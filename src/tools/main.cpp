@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The companion for the terminal: what became of the sessions.
+// The companion program for the terminal: lists the sessions and restores their result files.
 
 #include "data/Journal.h"
 #include "tools/Sessions.h"
@@ -16,7 +16,7 @@ int main(int argc, char *argv[])
 {
     constexpr int couldNotRun = 2;
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(u"ostrine"_s); // whose journals these are
+    QCoreApplication::setApplicationName(u"ostrine"_s); // names the folder of the journals
     QCoreApplication::setApplicationVersion(QStringLiteral(OSTRINE_VERSION));
 
     QCommandLineParser parser;
