@@ -2,8 +2,7 @@
 // Measures what the journal adds to the time between an answer and the next presentation, and how
 // soon an answer is on the disk.
 //
-//   journal_delay [FOLDER]     where to write the journals; a folder among the temporary files by
-//   default
+//   journal_delay [FOLDER]     where to write the journals, by default a temporary folder
 
 #include "data/Journal.h"
 
@@ -45,8 +44,8 @@ QString summary(std::vector<double> values)
         .arg(at(1), 0, 'f', 1);
 }
 
-/// A line of the table: answers that follow each other by @p interval, on a disk that takes @p
-/// delay longer to synchronise.
+/// Prints a line of the table: for answers that follow each other by @p interval, on a disk that
+/// takes @p delay longer to synchronise.
 void measure(QTextStream &out, const QString &folder, const QString &name,
              std::chrono::milliseconds delay, std::chrono::milliseconds interval)
 {

@@ -20,8 +20,8 @@ folder='' session=''
 clean_up() {
     local code=$? signal i
     trap '' HUP INT TERM
-    # Asked to end first, and made to after three seconds; signal 0 only looks whether anything is left. Zombies do
-    # not count.
+    # The processes are asked to end, and killed after three seconds; signal 0 only checks whether any are left.
+    # Zombies do not count.
     for ((i = 0; i < 60; ++i)); do
         case $i in 0) signal=TERM ;; 30) signal=KILL ;; *) signal=0 ;; esac
         pkill "-$signal" -s "$session" -r D,R,S,T,t 2>/dev/null || break
@@ -30,13 +30,13 @@ clean_up() {
     rm -rf "$folder"
     exit "$code"
 }
-# Before anything is there to be cleaned up, so that a signal leaves nothing.
+# Set before there is anything to clean up, so that a signal at any time leaves nothing behind.
 trap clean_up EXIT
 trap 'exit 143' HUP INT TERM
 
 folder=$(mktemp -d "${TMPDIR:-/tmp}/ostrine-session.XXXXXXXX")
 
-# A session in the kernel's sense holds children of children too, so that all can be stopped. Its leader gets a
+# A session in the kernel's sense includes children of children, so that all can be stopped. Its leader gets a
 # signal if this script is killed before it can clean up.
 setsid setpriv --pdeathsig TERM "$(dirname "${BASH_SOURCE[0]}")/private-session/start.sh" "$folder" "$@" <&0 &
 session=$!
