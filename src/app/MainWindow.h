@@ -243,7 +243,7 @@ protected:
     QGridLayout *gridLayoutMain;
     QWidget *centralWidget;
 
-    Data data; ///< the parameters and results of the session
+    Data data;                        ///< the parameters and results of the session
     Journal journal{journalFolder()}; ///< open from "I am ready" until the subject window closes
 
     // What the charts show. Points and ranges are those of the last display; a range is a list of

@@ -158,8 +158,8 @@ void MainWindow::takeAnswer(Category answer)
     Record &record = data.records[tokenIndex];
     scoreAnswer(data.entries[trial], record, tokenCategory(data.wavFileName, data.subCode), answer,
                 rt);
-    journal.answer({trial, tokenIndex, data.entries.at(trial),
-                    toJson(presentationTimings.value(trial))});
+    journal.answer(
+        {trial, tokenIndex, data.entries.at(trial), toJson(presentationTimings.value(trial))});
     if (answer == Category::Mother) {
         trendY[tokenIndex] = record.nMother;
         trendPoints[tokenIndex].setY(record.nMother);
