@@ -1,6 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/FieldText.h"
 
+QString withoutControlCharacters(QString text)
+{
+    return text.removeIf([](QChar character) {
+        const QChar::Category category = character.category();
+        return category == QChar::Other_Control || category == QChar::Separator_Line ||
+               category == QChar::Separator_Paragraph;
+    });
+}
+
 int intOrZero(const QString &text)
 {
     return text.toInt(nullptr, 10);

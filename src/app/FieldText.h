@@ -3,8 +3,12 @@
 
 #include <QString>
 
-/// How numbers are written in the operator's fields and read back. A text that does not parse gives
-/// 0; nothing else is validated.
+/// What may be in the operator's fields, and how numbers are written there and read back. A text
+/// that does not parse gives 0; nothing else is validated.
+
+/// @p text without control characters, tabs and line breaks of any kind. A field of one line shows
+/// them as blanks or not at all.
+QString withoutControlCharacters(QString text);
 
 /// The base-10 int that @p text holds, or 0 when it does not parse or does not fit in 32 bits.
 int intOrZero(const QString &text);

@@ -5,6 +5,7 @@
 #include "app/MainWindow.h"
 
 #include "app/FieldText.h"
+#include "app/OneLineValidator.h"
 #include "audio/SilentStream.h"
 #include "subject/WindowGeometry.h"
 
@@ -111,6 +112,9 @@ MainWindow::MainWindow(QWidget *parent)
         endSound();
         releaseAudioOutput();
     });
+
+    for (QLineEdit *lineEdit : {lineEditSubCode, lineEditSesNum, lineEditNTimes})
+        lineEdit->setValidator(new OneLineValidator(lineEdit));
 
     setupGUIMainWindow();
     initParameters();

@@ -12,6 +12,8 @@ class TestFieldText : public QObject
 
 private slots:
     void initTestCase();
+    void controlCharactersAreDropped_data();
+    void controlCharactersAreDropped();
     void aTextThatIsNoWholeNumberReadsAsZero_data();
     void aTextThatIsNoWholeNumberReadsAsZero();
     void aDurationIsShownInMillisecondsToThreeDecimals_data();
@@ -25,6 +27,53 @@ private slots:
 void TestFieldText::initTestCase()
 {
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+}
+
+void TestFieldText::controlCharactersAreDropped_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("expected");
+
+    const auto alone = [](const char *name, char16_t character) {
+        QTest::newRow(name) << "CHD" + QString(QChar(character)) + "001"
+                            << "CHD001";
+    };
+    alone("NUL", 0);
+    alone("backspace", 8);
+    alone("tab", '\t');
+    alone("line feed", '\n');
+    alone("vertical tab", 0x0b);
+    alone("form feed", 0x0c);
+    alone("carriage return", '\r');
+    alone("escape", 0x1b);
+    alone("last below the blank", 0x1f);
+    alone("DEL", 0x7f);
+    alone("first of the second set", 0x80);
+    alone("next line", 0x85);
+    alone("last of the second set", 0x9f);
+    alone("line separator", 0x2028);
+    alone("paragraph separator", 0x2029);
+    QTest::newRow("first and last") << "\nCHD001\r\n"
+                                    << "CHD001";
+    QTest::newRow("nothing else") << "\t\n" << QString();
+    QTest::newRow("empty") << QString() << QString();
+    const auto kept = [](const char *name, const char *text) {
+        QTest::newRow(name) << QString::fromUtf8(text) << QString::fromUtf8(text);
+    };
+    kept("blanks", " CHD 001 ");
+    kept("punctuation", "!~/\\%1");
+    kept("letter outside ASCII", "Zo\u00eb");
+    kept("other blanks", "\u00a0\u2003\u202f");
+    kept("neighbour of the line separator", "\u2027");
+    kept("outside the first plane", "\U0001F600");
+}
+
+// Catches a character that stays though nobody sees it in the field, and one that is lost though
+// it can be seen or is a blank.
+void TestFieldText::controlCharactersAreDropped()
+{
+    QFETCH(const QString, text);
+    QTEST(withoutControlCharacters(text), "expected");
 }
 
 void TestFieldText::aTextThatIsNoWholeNumberReadsAsZero_data()
