@@ -67,7 +67,8 @@ public slots:
     // app/MainWindow_session.cpp
     /// Each prepares a session of its type. "Go" is enabled afterwards if there are tokens.
     /// "Experiment" is enabled by the preparation of an experiment and when the subject window has
-    /// closed, and disabled by that of a practice session.
+    /// closed, and disabled by that of a practice session. Neither these nor "Go" have an effect
+    /// while a session is being prepared or saved.
     void pushButtonPractice_clicked();
     void pushButtonExperiment_clicked();
     /// Locks this window and shows a new subject window, which starts and drives the session.
@@ -276,6 +277,7 @@ protected:
     qint32 tokenIndex = 0;     ///< record of the token being presented
     qint32 nTimesSeq = 0;      ///< presentations of each token in randomSequence
     qint32 nTokens = 0;        ///< tokens of the session; 0 when none is prepared
+    bool busy = false;         ///< a session is being prepared or saved, with dialogs
     qint32 playCount = 0;      ///< plays of the current token since the last response
     qint32 maxPlayCount = 0;   ///< plays of a token per presentation: 1 once parameters are set
     QTimer presentationTimer;  ///< runs during the delay before a token

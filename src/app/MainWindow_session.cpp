@@ -16,6 +16,7 @@
 #include <QMediaDevices>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScopedValueRollback>
 
 #include <chrono>
 
@@ -24,20 +25,22 @@ using namespace Qt::StringLiterals;
 void MainWindow::pushButtonPractice_clicked()
 {
     beginPreparation(PracticeSession);
-    pushButtonExperiment->setEnabled(false);
 }
 
 void MainWindow::pushButtonExperiment_clicked()
 {
     beginPreparation(ExperimentSession);
-    pushButtonExperiment->setEnabled(true);
 }
 
 void MainWindow::beginPreparation(SessionType type)
 {
+    if (busy)
+        return;
+    const QScopedValueRollback<bool> preparing(busy, true);
     comboBoxSesType->setCurrentIndex(type);
     getReadyToGo();
     pushButtonPractice->setEnabled(true);
+    pushButtonExperiment->setEnabled(type == ExperimentSession);
     pushButtonGo->setEnabled(nTokens >= 1);
 }
 
@@ -85,6 +88,8 @@ void MainWindow::updateWavTextFields()
 
 void MainWindow::pushButtonGo_clicked()
 {
+    if (busy)
+        return;
     disableAllComponents(); // no control may be used until the subject window has closed
     getParameters();
 

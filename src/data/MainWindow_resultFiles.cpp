@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QScopedValueRollback>
 
 using namespace Qt::StringLiterals;
 
@@ -27,6 +28,7 @@ void MainWindow::updateOutputFileName()
 
 void MainWindow::writeDataToTxt()
 {
+    const QScopedValueRollback<bool> saving(busy, true);
     if (!QFileInfo(data.outputFilePath + u'/').dir().exists())
         QDir().mkpath(data.outputFilePath);
 

@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How windows close. No sound is needed: no token gets as far as being played.
+// How windows close and dialogs end, and what is pressed around them. No sound is needed: no token
+// gets as far as being played.
 #include "subject/SubjectWindow.h"
 #include "support/GuiTestMain.h"
 #include "support/SessionTest.h"
 #include "support/WavFile.h"
 
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QWindow>
 
@@ -29,9 +35,15 @@ private slots:
     void theSubjectWindowWaitsForTheAnswer_data();
     void theSubjectWindowWaitsForTheAnswer();
 
+    void nothingBeginsInsideAPreparation_data();
+    void nothingBeginsInsideAPreparation();
+    void nothingBeginsWhileResultsAreSaved();
+    void aSecondGoOpensNoSecondWindow();
+
 private:
     bool makeToken() const;
     bool start() const;
+    bool awaitLastAnswer() const;
 };
 
 bool TestWindowEnds::makeToken() const
@@ -47,6 +59,17 @@ bool TestWindowEnds::start() const
         return false;
     click(m_window->pushButtonGo);
     return m_window->subjectWindow->isVisible() && !m_window->isEnabled();
+}
+
+/// Goes from there to where the subject may give the only answer.
+bool TestWindowEnds::awaitLastAnswer() const
+{
+    m_window->lineEditSi->setText("1000000");
+    click(subject("pushButtonIAmReady"));
+    m_window->presentationTimer.stop();
+    m_window->reactionTimer->start();
+    emit m_window->soundPlaying(tokenHasEnded);
+    return m_window->trialIndex == 1 && subject("pushButtonChoice2")->isEnabled();
 }
 
 void TestWindowEnds::theSubjectWindowWaitsForTheAnswer_data()
@@ -108,6 +131,124 @@ void TestWindowEnds::theSubjectWindowWaitsForTheAnswer()
     pressCloseBox(window);
     QCOMPARE(answers.problem(), "");
     QVERIFY(!window->isVisible());
+    QVERIFY(m_window->isEnabled());
+}
+
+void TestWindowEnds::nothingBeginsInsideAPreparation_data()
+{
+    QTest::addColumn<QString>("pressed");
+    QTest::addColumn<QString>("around");
+    for (const char *pressed : {"pushButtonPractice", "pushButtonExperiment", "pushButtonGo"}) {
+        for (const char *around : {"release of the output", "folder dialog", "question", "warning"})
+            QTest::addRow("%s, %s", pressed, around) << pressed << around;
+    }
+}
+
+// Catches a second preparation, or a session, that begins around the dialogs of a preparation: its
+// records and entries would be those of the other, or none, and a subject window would lock the
+// dialog with the operator's window.
+void TestWindowEnds::nothingBeginsInsideAPreparation()
+{
+    QFETCH(const QString, pressed);
+    QFETCH(const QString, around);
+    QVERIFY(makeToken());
+    QVERIFY(QDir().mkpath(path("none")));
+    m_window->refreshMainWindow(); // so that "Experiment" can be pressed, and then "Go"
+    QVERIFY(prepare(m_window->pushButtonExperiment, path("tokens")));
+
+    QByteArray unexpected;
+    bool pressedIt = false;
+    const auto pressIt = [&] {
+        const ModalAnswer nothing;
+        click(m_window->findChild<QPushButton *>(pressed));
+        unexpected = nothing.problem();
+        pressedIt = true;
+        return true;
+    };
+    ModalAnswer answers;
+    answers.choose(path(around == "question" ? "none" : "tokens"));
+    QMetaObject::Connection early;
+    if (around == "release of the output") {
+        // It handles events, and comes right behind this change.
+        m_window->comboBoxSesType->setCurrentIndex(0);
+        early = connect(m_window->comboBoxSesType, &QComboBox::currentIndexChanged, this, pressIt);
+    } else if (around == "folder dialog") {
+        answers.when(pressIt);
+    }
+    if (around == "question")
+        answers.press(QMessageBox::No).when(pressIt);
+    if (around == "warning") {
+        m_window->lineEditNTimes->setText("1000001");
+        answers.press(QMessageBox::Ok).when(pressIt);
+    }
+    click(m_window->pushButtonExperiment);
+    disconnect(early);
+    QCOMPARE(answers.problem(), "");
+    QVERIFY(pressedIt);
+    QCOMPARE(unexpected, "");
+    QCOMPARE(answers.dialogs().size(), 1);
+    QVERIFY(m_window->subjectWindow == nullptr);
+    QVERIFY(m_window->isEnabled());
+
+    const bool prepared = around != "question" && around != "warning";
+    QCOMPARE(m_window->data.records.size(), prepared ? 1 : 0);
+    QCOMPARE(m_window->data.entries.size(), prepared ? 1 : 0);
+    QCOMPARE(m_window->randomSequence.size(), prepared ? 1 : 0);
+    QCOMPARE(m_window->pushButtonGo->isEnabled(), prepared);
+    QCOMPARE(m_window->data.sesTypeIndex, 1);
+    QVERIFY(m_window->pushButtonExperiment->isEnabled());
+
+    // The next one begins as ever.
+    m_window->lineEditNTimes->setText("1");
+    answers.choose(path("tokens"));
+    click(m_window->pushButtonPractice);
+    QCOMPARE(answers.problem(), "");
+    QVERIFY(!m_window->pushButtonExperiment->isEnabled());
+    click(m_window->pushButtonGo);
+    QVERIFY(m_window->subjectWindow->isVisible());
+}
+
+// Catches a preparation that begins around the save dialog, and leaves nothing of the session that
+// is to be saved.
+void TestWindowEnds::nothingBeginsWhileResultsAreSaved()
+{
+    m_window->checkBoxSaveData->setChecked(true);
+    QVERIFY(start());
+    QVERIFY(awaitLastAnswer());
+    QByteArray unexpected;
+    ModalAnswer answers;
+    answers.choose(path("x.txt")).when([&] {
+        ModalAnswer yes;
+        yes.press(QMessageBox::Yes);
+        click(subject("pushButtonDone"));
+        click(m_window->pushButtonPractice);
+        click(m_window->pushButtonExperiment);
+        unexpected = yes.problem();
+        return true;
+    });
+    click(subject("pushButtonChoice2"));
+    QCOMPARE(answers.problem(), "");
+    QCOMPARE(unexpected, "");
+    QCOMPARE(contents(path("x.txt")).count("\nMOV001.wav\t1\t0\t"), 1);
+    QCOMPARE(contents(path("x_entries.txt")).count("\nMOV001.wav\tmother\tmother\t1\t"), 1);
+    QCOMPARE(contents(path("x_parameters.txt")).count("\nsesTypeIndex: 0\n"), 1);
+    QVERIFY(m_window->isEnabled());
+    answers.choose(path("tokens"));
+    click(m_window->pushButtonExperiment);
+    QCOMPARE(answers.problem(), "");
+    QVERIFY(m_window->pushButtonGo->isEnabled());
+}
+
+// Catches a "Go" that can be pressed once more behind the first.
+void TestWindowEnds::aSecondGoOpensNoSecondWindow()
+{
+    QVERIFY(start());
+    const SubjectWindow *window = m_window->subjectWindow;
+    click(m_window->pushButtonGo);
+    m_window->pushButtonGo->click();
+    QVERIFY(m_window->subjectWindow == window);
+    QCOMPARE(m_window->findChildren<SubjectWindow *>().size(), 1);
+    QVERIFY(closeSubjectWindow(QMessageBox::Yes));
     QVERIFY(m_window->isEnabled());
 }
 
