@@ -13,12 +13,12 @@
 #include "support/Noise.h"
 #include "support/OperatorWindow.h"
 #include "support/OtherPrograms.h"
+#include "support/Recording.h"
 #include "support/WavFile.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QEventLoop>
-#include <QFile>
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -93,21 +93,17 @@ struct Fragment
     std::array<float, 64> samples;
 };
 
-/// Records the monitor of the output into a file until it is ended. A process of its own, since
-/// nothing of the program under test may delay it.
-int record(const char *path)
+/// Writes what the monitor of the output plays to the standard output until it is ended.
+int record()
 {
     pa_simple *const stream =
         openMonitor("recorder", std::tuple_size_v<decltype(Fragment::samples)>);
-    std::FILE *const file = std::fopen(path, "wb");
-    if (stream == nullptr || file == nullptr)
-        return EXIT_FAILURE;
     Fragment fragment;
-    while (pa_simple_read(stream, fragment.samples.data(), sizeof(fragment.samples), nullptr) ==
-           0) {
+    while (stream != nullptr && pa_simple_read(stream, fragment.samples.data(),
+                                               sizeof(fragment.samples), nullptr) == 0) {
         fragment.arrival = nowMs();
-        std::fwrite(&fragment, sizeof(fragment), 1, file);
-        std::fflush(file);
+        std::fwrite(&fragment, sizeof(fragment), 1, stdout);
+        std::fflush(stdout);
     }
     return EXIT_FAILURE;
 }
@@ -169,31 +165,22 @@ private:
     QString m_before;
 };
 
-/// A recording of the output that tells when each sample was played. A process of its own makes it,
-/// which keeps the stamps free of what the program does meanwhile.
+/// A recording of the output that tells when each sample was played. The process that makes it also
+/// stamps the samples, so that what the program does meanwhile does not show in the stamps.
 class StampedRecording
 {
 public:
     StampedRecording()
     {
-        m_process.setProcessEnvironment(environmentOfOthers());
-        m_process.start(QCoreApplication::applicationFilePath(), {"--record", path()});
-        if (!waitFor([this] { return QFile(path()).size() > 0; }, 10000))
+        if (!m_recording.isRunning())
             qFatal("nothing is recorded");
     }
 
-    /// Ends the recording and makes it known.
+    /// Makes known what has been recorded until now.
     void finish()
     {
-        wait(500); // what has been played must have arrived
-        m_process.kill();
-        m_process.waitForFinished();
-        QFile file(path());
-        if (!file.open(QIODevice::ReadOnly))
-            qFatal("the recording cannot be read");
-        Fragment fragment;
-        while (file.read(reinterpret_cast<char *>(&fragment), sizeof(fragment)) ==
-               sizeof(fragment)) {
+        constexpr int settle = 500; // ms, what has been played must have arrived
+        for (const Fragment &fragment : m_recording.items<Fragment>(settle)) {
             m_arrivals.push_back(fragment.arrival);
             m_samples.insert(m_samples.end(), fragment.samples.begin(), fragment.samples.end());
         }
@@ -247,10 +234,7 @@ private:
     static constexpr size_t fragmentSize = std::tuple_size_v<decltype(Fragment::samples)>;
     static constexpr double fragmentDuration = 1000.0 * fragmentSize / rate;
 
-    QString path() const { return m_folder.filePath("recording"); }
-
-    QTemporaryDir m_folder;
-    QProcess m_process;
+    const Recording m_recording{QCoreApplication::applicationFilePath(), {"--record"}};
     std::vector<double> m_arrivals; ///< of each fragment
     std::vector<float> m_samples;
 };
@@ -603,8 +587,8 @@ void measureReactionTimes(int nTrials)
 
 int main(int argc, char *argv[])
 {
-    if (argc == 3 && qstrcmp(argv[1], "--record") == 0)
-        return record(argv[2]);
+    if (argc == 2 && qstrcmp(argv[1], "--record") == 0)
+        return record();
     if (argc == 2 && qstrcmp(argv[1], "--listen") == 0)
         return listen();
     if (argc == 2 && qstrcmp(argv[1], "--burn") == 0) {

@@ -3,34 +3,38 @@
 
 #include "support/OtherPrograms.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QTest>
 
-#include <cstring>
-
 Recording::Recording(const QString &sink)
+    : Recording("parec", {"-d", sink + ".monitor", "--format=float32le", "--rate=48000",
+                          "--channels=1", "--latency-msec=20"})
 {
-    parec.setStandardErrorFile(QProcess::nullDevice());
-    parec.setProcessEnvironment(environmentOfOthers());
-    parec.start("parec", {"-d", sink + ".monitor", "--format=float32le", "--rate=48000",
-                          "--channels=1", "--latency-msec=20"});
+}
+
+Recording::Recording(const QString &program, const QStringList &arguments)
+{
+    m_process.setStandardOutputFile(path());
+    m_process.setStandardErrorFile(QProcess::nullDevice());
+    m_process.setProcessEnvironment(environmentOfOthers());
+    m_process.start(program, arguments);
 }
 
 Recording::~Recording()
 {
-    parec.terminate();
-    parec.waitForFinished();
+    m_process.terminate();
+    m_process.waitForFinished();
 }
 
-bool Recording::isRunning()
+bool Recording::isRunning() const
 {
-    return parec.waitForReadyRead(10000);
+    return QTest::qWaitFor([this] { return QFileInfo(path()).size() > 0; }, 10000);
 }
 
-std::vector<float> Recording::samples(int settle)
+QByteArray Recording::bytes(int settle) const
 {
     QTest::qWait(settle);
-    recorded += parec.readAllStandardOutput();
-    std::vector<float> all(static_cast<size_t>(recorded.size()) / sizeof(float));
-    std::memcpy(all.data(), recorded.constData(), all.size() * sizeof(float));
-    return all;
+    QFile file(path());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
