@@ -162,8 +162,8 @@ protected:
     /// and returns it.
     int playWav();
     /// How much of the stream of audioSink the sound server has taken and played. audioSink must
-    /// not be null.
-    StreamFollower::Reading readStream() const;
+    /// not be null. Virtual so that a test can take the server's place.
+    virtual StreamFollower::Reading readStream() const;
 
     // data/MainWindow_resultFiles.cpp
     /// Each proposes and shows where the results are to go: the folder of the subject on the
