@@ -203,7 +203,8 @@ QString journalFolder()
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + u"/sessions"_s;
 }
 
-/// The file of one journal. All but the construction is done by the one thread.
+/// The file of one journal. All but the construction and the announcements is done by the one
+/// thread.
 class Journal::File
 {
 public:
@@ -214,11 +215,17 @@ public:
     {
     }
 
-    /// Adds @p line, and what is missing of those before it.
+    /// Announces a call of add(), from any thread.
+    void expect() { ++m_expected; }
+
+    /// Adds @p line, and what is missing of those before it. Lines that wait for a slow disk share
+    /// a synchronisation: with one each they would fall further behind with every answer, and be
+    /// lost with the program.
     void add(const QJsonObject &line)
     {
+        const bool isLast = --m_expected == 0;
         m_unwritten += QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n';
-        if (writeAll() || m_warned)
+        if (writeAll(isLast) || m_warned)
             return;
         m_warned = true;
         qWarning().noquote() << "The journal of this session cannot be written to"
@@ -226,14 +233,14 @@ public:
     }
 
 private:
-    bool writeAll()
+    bool writeAll(bool synchronise)
     {
         if (!m_file.isOpen() && !create())
             return false;
         const qint64 written = m_file.write(m_unwritten);
         if (written > 0)
             m_unwritten.remove(0, written);
-        return m_synchronise(m_file.handle()) && m_unwritten.isEmpty();
+        return (!synchronise || m_synchronise(m_file.handle())) && m_unwritten.isEmpty();
     }
 
     bool create()
@@ -259,6 +266,7 @@ private:
     Synchronise m_synchronise;
     QFile m_file;
     QByteArray m_unwritten;
+    std::atomic<int> m_expected = 0;
     bool m_warned = false;
 };
 
@@ -317,6 +325,7 @@ void Journal::write(const std::function<QJsonObject()> &line)
 {
     if (m_file == nullptr)
         return;
+    m_file->expect();
     m_thread.start([file = m_file, line] { file->add(line()); });
 }
 
