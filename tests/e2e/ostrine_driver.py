@@ -208,11 +208,14 @@ class Trial:
 
 
 class Ostrine:
-    """The running program. Use as a context manager: leaving it ends the program."""
+    """The running program. Use as a context manager: leaving it ends the program.
 
-    def __init__(self, program, log_path):
+    Further arguments are variables of its environment.
+    """
+
+    def __init__(self, program, log_path, **variables):
         self.log_path = Path(log_path)
-        environment = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+        environment = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", **variables)
         with open(self.log_path, "wb") as log:
             self.process = subprocess.Popen([str(program)], stdin=subprocess.DEVNULL, stdout=log,
                                             stderr=subprocess.STDOUT, env=environment,
