@@ -9,8 +9,10 @@
 #include "audio/SilentStream.h"
 #include "subject/WindowGeometry.h"
 
+#include <QApplication>
 #include <QChartView>
 #include <QCheckBox>
+#include <QCloseEvent>
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QGridLayout>
@@ -116,6 +118,11 @@ MainWindow::MainWindow(QWidget *parent)
     for (QLineEdit *lineEdit : {lineEditSubCode, lineEditSesNum, lineEditNTimes})
         lineEdit->setValidator(new OneLineValidator(lineEdit));
 
+    // Qt posts a request to quit as well, but drops it when a dialog opens before it is met.
+    connect(
+        qApp, &QGuiApplication::lastWindowClosed, this, [] { QCoreApplication::exit(); },
+        Qt::QueuedConnection);
+
     setupGUIMainWindow();
     initParameters();
     displayEmptyWav();
@@ -137,6 +144,12 @@ MainWindow::~MainWindow()
     delete reactionTimer;
 
     qDeleteAll(controls);
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    closed = true;
+    QMainWindow::closeEvent(event);
 }
 
 void MainWindow::addRow(int row, const QList<QWidget *> &widgets)

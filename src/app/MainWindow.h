@@ -110,6 +110,8 @@ public slots:
 
 protected:
     // app/MainWindow.cpp
+    /// Ends the program. Nothing that happens until then begins, asks or saves anything any more.
+    void closeEvent(QCloseEvent *event) override;
     /// Lays out the controls. Called once, at start-up.
     void setupGUIMainWindow();
     /// Sizes and places the window on the primary screen by the rule of windowGeometry().
@@ -278,6 +280,7 @@ protected:
     qint32 nTimesSeq = 0;      ///< presentations of each token in randomSequence
     qint32 nTokens = 0;        ///< tokens of the session; 0 when none is prepared
     bool busy = false;         ///< a session is being prepared or saved, with dialogs
+    bool closed = false;       ///< this window has been closed, and the program ends
     qint32 playCount = 0;      ///< plays of the current token since the last response
     qint32 maxPlayCount = 0;   ///< plays of a token per presentation: 1 once parameters are set
     QTimer presentationTimer;  ///< runs during the delay before a token

@@ -34,7 +34,7 @@ void MainWindow::pushButtonExperiment_clicked()
 
 void MainWindow::beginPreparation(SessionType type)
 {
-    if (busy)
+    if (busy || closed)
         return;
     const QScopedValueRollback<bool> preparing(busy, true);
     comboBoxSesType->setCurrentIndex(type);
@@ -88,7 +88,7 @@ void MainWindow::updateWavTextFields()
 
 void MainWindow::pushButtonGo_clicked()
 {
-    if (busy)
+    if (busy || closed)
         return;
     disableAllComponents(); // no control may be used until the subject window has closed
     getParameters();
@@ -122,6 +122,8 @@ void MainWindow::pushButtonGo_clicked()
 
 void MainWindow::updateMainwindow(int response)
 {
+    if (closed)
+        return;
     playCount = 0;
     switch (response) {
     case ReadyResponse:

@@ -33,11 +33,13 @@ QList<Record> tokensIn(const QString &folder)
 
 void MainWindow::selectFolder()
 {
-    bool again = false;
-    do {
+    bool again = true;
+    while (again && !closed) {
         data.desktopPath = desktopFolder();
         data.wavFilePath = QFileDialog::getExistingDirectory(
             this, u"Select a folder"_s, data.desktopPath, QFileDialog::ReadOnly);
+        if (closed)
+            break; // the dialog ended with the program, and nothing has been chosen
         data.records = tokensIn(data.wavFilePath);
         again = data.records.isEmpty() &&
                 QMessageBox::question(this, u"Question"_s,
@@ -45,7 +47,7 @@ void MainWindow::selectFolder()
                                       "another folder?"_s,
                                       QMessageBox::Yes | QMessageBox::No,
                                       QMessageBox::Yes) == QMessageBox::Yes;
-    } while (again);
+    }
 
     if (!presentationCount(static_cast<int>(data.records.size()), data.nTimes)) {
         QMessageBox::warning(this, u"Warning"_s,

@@ -39,6 +39,8 @@ void MainWindow::writeDataToTxt()
         this, tr("Save a file"), data.outputFilePath + u'/' + data.outputFileName,
         u"All files (*.*);; Text files (*.txt)"_s, &selectedFilter,
         QFileDialog::DontConfirmOverwrite);
+    if (closed && chosen.isEmpty())
+        return; // the dialog ended with the program, and the operator has not cancelled it
 
     const auto warn = [this](const QString &text) {
         QMessageBox::warning(this, u"Warning"_s, text, QMessageBox::Ok);

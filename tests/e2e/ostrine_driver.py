@@ -13,11 +13,13 @@ import array
 import faulthandler
 import os
 import shutil
+import signal
 import subprocess
 import sys
 import threading
 import time
 import wave
+from contextlib import contextmanager
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -164,10 +166,19 @@ def settled_box(node):
     return wait_for(still, "a widget to stop moving", interval=0.05)
 
 
-def point_at(node):
+def middle_of(node):
     x, y, width, height = settled_box(node)
+    return x + width // 2, y + height // 2
+
+
+def point_at(node):
     # Without --sync, which waits in vain for a pointer that is there already.
-    xdotool("mousemove", x + width // 2, y + height // 2)
+    xdotool("mousemove", *middle_of(node))
+
+
+def click_at(point):
+    """Presses what is there, without looking: also while the program is held up."""
+    xdotool("mousemove", *point, "click", 1)
 
 
 def press(node):
@@ -245,6 +256,15 @@ class Ostrine:
         """Presses "Quit" and returns the exit code."""
         press(self.main_button("Quit"))
         return self.process.wait(PATIENCE)
+
+    @contextmanager
+    def held_up(self):
+        """Stops the program, as if it were busy: what is pressed in this context queues up."""
+        self.process.send_signal(signal.SIGSTOP)
+        try:
+            yield
+        finally:
+            self.process.send_signal(signal.SIGCONT)
 
     def log(self):
         return self.log_path.read_text(errors="replace")

@@ -271,6 +271,52 @@ class SessionTest(unittest.TestCase):
             self.assertEqual(ostrine.quit(), 0)
         self.assertEqual(list(self.folder.glob("*.txt")), [])
 
+    def test_quit_ends_the_program_whatever_is_pressed_behind_it(self):
+        for behind in ("Practice", "Go"):
+            with self.subTest(behind=behind), self.start() as ostrine:
+                ostrine.prepare("Practice", self.tokens)
+                points = [driver.middle_of(ostrine.main_button(text)) for text in ("Quit", behind)]
+                with ostrine.held_up():
+                    for point in points:
+                        driver.click_at(point)
+                self.assertEqual(ostrine.process.wait(driver.PATIENCE), 0)
+
+    def test_quitting_a_session_takes_no_answer_any_more(self):
+        results = Path.home() / "Desktop" / "CHD001"
+        shutil.rmtree(results, ignore_errors=True)
+        shutil.rmtree(self.tokens)
+        driver.copy_tokens(TOKENS[:1], self.tokens)
+        with self.start() as ostrine:
+            ostrine.prepare("Practice", self.tokens)
+            subject = ostrine.go()
+            subject.ready()
+            subject.await_answering()
+            answer = driver.middle_of(subject.button("Mother"))
+            with ostrine.held_up():
+                driver.close_window(driver.MAIN_WINDOW)
+                # The last answer of the session: the results would be saved.
+                driver.bring_forward(driver.SUBJECT_WINDOW)
+                driver.click_at(answer)
+            self.assertEqual(ostrine.process.wait(driver.PATIENCE), 0)
+        self.assertFalse(results.exists())
+
+    def test_go_pressed_twice_starts_one_session(self):
+        with self.start() as ostrine:
+            ostrine.prepare("Practice", self.tokens)
+            go = driver.middle_of(ostrine.main_button("Go"))
+            with ostrine.held_up():
+                driver.click_at(go)
+                driver.click_at(go)
+            subject = driver.Subject(ostrine, ostrine.window(driver.SUBJECT_WINDOW))
+            driver.settled_box(subject.window)
+            titles = [driver.name_of(window) for window in ostrine.windows()]
+            self.assertEqual(len(titles), 2, titles)
+            driver.close_window(driver.SUBJECT_WINDOW)
+            subject.confirm()
+            driver.wait_for(lambda: driver.is_enabled(ostrine.main_button("Experiment")),
+                            "the operator's window to be usable again")
+            self.assertEqual(ostrine.quit(), 0)
+
 
 if __name__ == "__main__":
     if len(sys.argv) < 2:

@@ -12,7 +12,11 @@
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopeGuard>
+#include <QTimer>
 #include <QWindow>
+
+#include <functional>
 
 namespace {
 
@@ -24,6 +28,28 @@ bool pressCloseBox(const QWidget *window)
     QCoreApplication::sendEvent(window->windowHandle(), &request);
     return request.isAccepted();
 }
+
+QString resultsFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::DesktopLocation) + "/CHD001";
+}
+
+/// Notes the titles of all dialogs that are shown while it lives, however briefly.
+class ShownDialogs : public QObject
+{
+public:
+    ShownDialogs() { qApp->installEventFilter(this); }
+
+    QStringList titles;
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        const auto *dialog = qobject_cast<QDialog *>(watched);
+        if (dialog != nullptr && event->type() == QEvent::Show)
+            titles.append(dialog->windowTitle());
+        return false;
+    }
+};
 
 } // namespace
 
@@ -40,10 +66,17 @@ private slots:
     void nothingBeginsWhileResultsAreSaved();
     void aSecondGoOpensNoSecondWindow();
 
+    void quittingEndsTheProgramAtOnce_data();
+    void quittingEndsTheProgramAtOnce();
+    void quittingEndsTheDialogThatIsOpen_data();
+    void quittingEndsTheDialogThatIsOpen();
+    void quittingInsideAPreparationOpensNoDialog();
+
 private:
     bool makeToken() const;
     bool start() const;
     bool awaitLastAnswer() const;
+    bool endsWithin(const std::function<void()> &act) const;
 };
 
 bool TestWindowEnds::makeToken() const
@@ -70,6 +103,19 @@ bool TestWindowEnds::awaitLastAnswer() const
     m_window->reactionTimer->start();
     emit m_window->soundPlaying(tokenHasEnded);
     return m_window->trialIndex == 1 && subject("pushButtonChoice2")->isEnabled();
+}
+
+/// Runs the program's event loop as it is run in main(), and @p act in it; whether it ended by
+/// itself, and with success.
+bool TestWindowEnds::endsWithin(const std::function<void()> &act) const
+{
+    QApplication::setQuitOnLastWindowClosed(true);
+    const auto asBefore = qScopeGuard([] { QApplication::setQuitOnLastWindowClosed(false); });
+    QTimer::singleShot(0, m_window.get(), act);
+    QTimer watchdog;
+    connect(&watchdog, &QTimer::timeout, [] { QCoreApplication::exit(EXIT_FAILURE); });
+    watchdog.start(longestWait / 2);
+    return QApplication::exec() == EXIT_SUCCESS;
 }
 
 void TestWindowEnds::theSubjectWindowWaitsForTheAnswer_data()
@@ -250,6 +296,133 @@ void TestWindowEnds::aSecondGoOpensNoSecondWindow()
     QCOMPARE(m_window->findChildren<SubjectWindow *>().size(), 1);
     QVERIFY(closeSubjectWindow(QMessageBox::Yes));
     QVERIFY(m_window->isEnabled());
+}
+
+void TestWindowEnds::quittingEndsTheProgramAtOnce_data()
+{
+    QTest::addColumn<QString>("behind");
+    QTest::addColumn<bool>("inSession");
+    for (const char *behind : {"", "pushButtonPractice", "pushButtonExperiment", "pushButtonGo"})
+        QTest::addRow("before a session, %s", behind) << behind << false;
+    for (const char *behind : {"", "pushButtonChoice2", "pushButtonChoice4", "close box"})
+        QTest::addRow("in a session, %s", behind) << behind << true;
+}
+
+// Catches a program that lives on without a window, or with a dialog alone, when something has been
+// pressed behind "Quit", and one that asks or saves then.
+void TestWindowEnds::quittingEndsTheProgramAtOnce()
+{
+    QFETCH(const QString, behind);
+    QFETCH(const bool, inSession);
+    m_window->checkBoxSaveData->setChecked(true);
+    if (inSession) {
+        QVERIFY(start());
+        QVERIFY(awaitLastAnswer());
+    } else {
+        QVERIFY(makeToken());
+        m_window->refreshMainWindow();
+        QVERIFY(prepare(m_window->pushButtonExperiment, path("tokens")));
+    }
+    const ShownDialogs shown;
+    QVERIFY(endsWithin([&] {
+        if (inSession)
+            pressCloseBox(m_window.get());
+        else
+            click(m_window->pushButtonQuit);
+        if (behind == "close box")
+            pressCloseBox(m_window->subjectWindow);
+        else if (!behind.isEmpty())
+            m_window->findChild<QPushButton *>(behind)->click();
+    }));
+    QCOMPARE(shown.titles, QStringList());
+    QVERIFY(!m_window->isVisible());
+    QCOMPARE(m_window->findChildren<SubjectWindow *>().size(), inSession ? 1 : 0);
+    m_window.reset();
+    QVERIFY(!QDir(resultsFolder()).exists());
+}
+
+void TestWindowEnds::quittingEndsTheDialogThatIsOpen_data()
+{
+    QTest::addColumn<QStringList>("dialogs"); // the last one is open when the program is quit
+    QTest::newRow("folder dialog") << QStringList({"Select a folder"});
+    QTest::newRow("folder dialog beside tokens") << QStringList({"Select a folder"});
+    QTest::newRow("question") << QStringList({"Select a folder", "Question"});
+    QTest::newRow("warning") << QStringList({"Select a folder", "Warning"});
+    QTest::newRow("save dialog") << QStringList({"Save a file"});
+    QTest::newRow("Done") << QStringList({"Confirmation MessageBox"});
+    QTest::newRow("close box") << QStringList({"Confirmation MessageBox"});
+}
+
+// Catches a dialog that keeps the program alive, one that follows it, and a file that is written
+// though the operator has not chosen its name.
+void TestWindowEnds::quittingEndsTheDialogThatIsOpen()
+{
+    QFETCH(const QStringList, dialogs);
+    const QString row = QTest::currentDataTag();
+    // The working directory stands for what is not chosen.
+    const QString before = QDir::currentPath();
+    const auto back = qScopeGuard([&] { QDir::setCurrent(before); });
+    const bool besideTokens = row == "warning" || row == "folder dialog beside tokens";
+    QVERIFY(makeToken());
+    QVERIFY(QDir().mkpath(path("none")));
+    QVERIFY(QDir::setCurrent(path(besideTokens ? "tokens" : "none")));
+    const QStringList files = QDir::current().entryList(QDir::Files);
+
+    m_window->checkBoxSaveData->setChecked(true);
+    if (row == "warning")
+        m_window->lineEditNTimes->setText("1000001");
+    if (row == "save dialog" || row == "Done" || row == "close box") {
+        QVERIFY(start());
+        QVERIFY(awaitLastAnswer());
+    }
+    if (row == "Done")
+        emit m_window->doneDataCollection(0.25, 0.0, 0);
+
+    bool hasQuit = false;
+    QTimer poll;
+    connect(&poll, &QTimer::timeout, this, [&] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if (hasQuit || dialog == nullptr)
+            return;
+        hasQuit = dialog->windowTitle() == dialogs.last();
+        if (hasQuit)
+            m_window->close();
+        else
+            dialog->reject();
+    });
+    poll.start(10);
+    const ShownDialogs shown;
+    QVERIFY(endsWithin([&] {
+        if (row == "save dialog")
+            click(subject("pushButtonChoice2"));
+        else if (row == "Done")
+            click(subject("pushButtonDone"));
+        else if (row == "close box")
+            pressCloseBox(m_window->subjectWindow);
+        else
+            click(m_window->pushButtonPractice);
+    }));
+    QVERIFY(hasQuit);
+    QCOMPARE(shown.titles, dialogs);
+    QCOMPARE(QDir::current().entryList(QDir::Files), files);
+    QVERIFY(QDir(resultsFolder()).entryList(QDir::Files).isEmpty());
+    QVERIFY(!m_window->isVisible());
+    if (dialogs.first() == "Select a folder")
+        QCOMPARE(m_window->nTokens, 0);
+    m_window.reset();
+}
+
+// Catches a preparation that goes on with its dialog when the program is quit in its course, as it
+// can be while the output is released.
+void TestWindowEnds::quittingInsideAPreparationOpensNoDialog()
+{
+    m_window->refreshMainWindow();
+    connect(m_window->comboBoxSesType, &QComboBox::currentIndexChanged, m_window.get(),
+            [this] { m_window->close(); });
+    const ShownDialogs shown;
+    QVERIFY(endsWithin([this] { click(m_window->pushButtonExperiment); }));
+    QCOMPARE(shown.titles, QStringList());
+    QVERIFY(!m_window->isVisible());
 }
 
 GUI_TEST_MAIN(TestWindowEnds)
