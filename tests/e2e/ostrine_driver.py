@@ -314,8 +314,15 @@ class Ostrine:
 
     def prepare(self, button, folder):
         """Presses "Practice" or "Experiment" and types the folder into the dialog."""
-        press(self.main_button(button))
-        dialog = self.window("Select a folder")
+        for attempts_left in (2, 1, 0):
+            press(self.main_button(button))
+            try:
+                dialog = wait_for(lambda: self.find_window("Select a folder"), "the folder dialog", patience=10)
+                break
+            except DriverError:
+                # On a busy machine the window may still have been on its way to its place.
+                if attempts_left == 0:
+                    raise
         field = wait_for(lambda: find_field(dialog, "Directory:"), "the folder dialog's name field")
         type_into(field, str(folder))
         xdotool("key", "Return")

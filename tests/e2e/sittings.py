@@ -104,46 +104,41 @@ class Session:
         self.subject = sitting.go()
         self.presses = []
         self.ready_at = None
-        self.possible_from = 0.0
+        # The clock time before which the program cannot have scheduled the token that comes next.
+        self.scheduled_from = None
+        # The clock time by which answers were seen to be possible, by trial.
+        self.heard_by = {}
         self.points = None
-        # By trial: the last time at which answers were seen not to be possible, and the first at which they were.
-        self.heard = {}
 
     def ready(self):
+        self.scheduled_from = time.monotonic()
         self.subject.ready()
         self.sitting.await_logged("Test just started", self.starts_before + 1)
         self.ready_at = time.monotonic()
-        self.possible_from = self.ready_at + SILENT_INTERVAL - 0.2
 
     def await_answering(self):
-        """Waits until answers are possible; returns (last time they were not, first time they were)."""
+        """Waits until answers are possible; returns the clock time by which they were seen to be."""
         trial = len(self.presses) + 1
-        if trial in self.heard:
-            return self.heard[trial]
-        time.sleep(max(0.0, self.possible_from - time.monotonic()))
-        closed_at = time.monotonic()
+        if trial in self.heard_by:
+            return self.heard_by[trial]
+        time.sleep(max(0.0, self.scheduled_from + SILENT_INTERVAL - time.monotonic()))
 
         def possible():
-            nonlocal closed_at
-            asked = time.monotonic()
-            if driver.is_enabled(self.subject.answers["mother"]):
-                return True
-            closed_at = asked
             self.sitting.require_running()
-            return False
+            return driver.is_enabled(self.subject.answers["mother"])
 
         driver.wait_for(possible, "answers to be possible", interval=0.02)
-        self.heard[trial] = (closed_at, time.monotonic())
+        self.heard_by[trial] = time.monotonic()
         if self.points is None:
             self.points = {}
             for response, button in self.subject.answers.items():
                 x, y, width, height = driver.settled_box(button)
                 self.points[response] = (x + width // 2, y + height // 2)
-        return self.heard[trial]
+        return self.heard_by[trial]
 
     def answer(self, response=None, delay=0.0):
         """Hears a token and answers it by chance, or as told."""
-        closed_at, enabled_by = self.await_answering()
+        heard_by = self.await_answering()
         trial = len(self.presses) + 1
         token = driver.text_of(self.subject.token_field)
         response = response or self.random.choice(["mother", "stranger"])
@@ -153,15 +148,15 @@ class Session:
         driver.xdotool("mousemove", *self.points[response], "mousedown", 1, "mouseup", 1)
         press = Press(trial, token, response, given=time.monotonic())
         self.presses.append(press)
-        self.possible_from = press.given + SILENT_INTERVAL - 0.2
         self.sitting.await_logged("response:", self.answers_before + trial)
-        press.least = (before - enabled_by) * 1000 - 1
-        press.most = (time.monotonic() - closed_at) * 1000
+        press.least = (before - heard_by) * 1000 - 1
+        press.most = (time.monotonic() - self.scheduled_from - SILENT_INTERVAL) * 1000
+        self.scheduled_from = before
         return press
 
     def next(self):
+        self.scheduled_from = time.monotonic()
         driver.press(self.subject.button("Next"))
-        self.possible_from = time.monotonic() + SILENT_INTERVAL - 0.2
 
     def save(self, path):
         self.sitting.save_as(path)

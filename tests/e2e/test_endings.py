@@ -161,7 +161,7 @@ class EndingsTest(unittest.TestCase):
             def waits(disk):
                 """Seconds from each answer to the end of the next token."""
                 presses = session.presses[disk * per_disk:(disk + 1) * per_disk]
-                return [session.heard[press.trial + 1][1] - press.given for press in presses
+                return [session.heard_by[press.trial + 1] - press.given for press in presses
                         if press.trial < count]
 
             typical = [statistics.median(waits(disk)) for disk in range(len(delays))]
