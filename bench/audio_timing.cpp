@@ -93,7 +93,7 @@ struct Fragment
     std::array<float, 64> samples;
 };
 
-/// Writes what the monitor of the output plays to the standard output until it is ended.
+/// Writes a recording of the output's monitor to the standard output, until the process is ended.
 int record()
 {
     pa_simple *const stream =
@@ -165,8 +165,8 @@ private:
     QString m_before;
 };
 
-/// A recording of the output that tells when each sample was played. The process that makes it also
-/// stamps the samples, so that what the program does meanwhile does not show in the stamps.
+/// A recording of the output that tells when each sample was played. The recording process also
+/// stamps the samples, so that what this program does meanwhile does not affect the stamps.
 class StampedRecording
 {
 public:
@@ -176,7 +176,7 @@ public:
             qFatal("nothing is recorded");
     }
 
-    /// Makes known what has been recorded until now.
+    /// Loads what has been recorded until now.
     void finish()
     {
         constexpr int settle = 500; // ms, what has been played must have arrived

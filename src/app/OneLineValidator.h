@@ -3,8 +3,8 @@
 
 #include <QValidator>
 
-/// Drops the control characters from what is typed or pasted into a field, or set. All else is
-/// accepted as it is.
+/// Removes control characters from a text that is typed or pasted into a field, or set by the
+/// program. Everything else is accepted as it is.
 class OneLineValidator : public QValidator
 {
     Q_OBJECT

@@ -203,8 +203,7 @@ QString journalFolder()
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + u"/sessions"_s;
 }
 
-/// The file of one journal. All but the construction and the announcements is done by the one
-/// thread.
+/// The file of one journal. All but the constructor and expect() runs on the journal's thread.
 class Journal::File
 {
 public:
@@ -218,9 +217,9 @@ public:
     /// Announces a call of add(), from any thread.
     void expect() { ++m_expected; }
 
-    /// Adds @p line, and what is missing of those before it. Lines that wait for a slow disk share
-    /// a synchronisation: with one each they would fall further behind with every answer, and be
-    /// lost with the program.
+    /// Adds @p line, after those before it that are still missing. Lines that wait for a slow disk
+    /// share one synchronisation: with one for each they would fall further behind with every
+    /// answer, and be lost if the program were killed.
     void add(const QJsonObject &line)
     {
         const bool isLast = --m_expected == 0;
