@@ -203,7 +203,7 @@ QString journalFolder()
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + u"/sessions"_s;
 }
 
-/// The file of one journal. All but the constructor and expect() runs on the journal's thread.
+/// The file of one journal. One thread calls add(), and another synchronise().
 class Journal::File
 {
 public:
@@ -214,34 +214,35 @@ public:
     {
     }
 
-    /// Announces a call of add(), from any thread.
-    void expect() { ++m_expected; }
-
-    /// Adds @p line, after those before it that are still missing. Lines that wait for a slow disk
-    /// share one synchronisation: with one for each they would fall further behind with every
-    /// answer, and be lost if the program were killed.
+    /// Writes @p line, and what is missing of those before it.
     void add(const QJsonObject &line)
     {
-        const bool isLast = --m_expected == 0;
         m_unwritten += QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n';
-        if (writeAll(isLast) || m_warned)
+        if (!m_file.isOpen() && !create()) {
+            warn(m_file.errorString());
             return;
-        m_warned = true;
-        qWarning().noquote() << "The journal of this session cannot be written to"
-                             << QDir(m_folder).filePath(m_name) << "-" << m_file.errorString();
-    }
-
-private:
-    bool writeAll(bool synchronise)
-    {
-        if (!m_file.isOpen() && !create())
-            return false;
+        }
         const qint64 written = m_file.write(m_unwritten);
         if (written > 0)
             m_unwritten.remove(0, written);
-        return (!synchronise || m_synchronise(m_file.handle())) && m_unwritten.isEmpty();
+        if (!m_unwritten.isEmpty())
+            warn(m_file.errorString());
+        m_isSynchronised = false;
     }
 
+    /// Sees that all that has been written is on the disk. Lines that waited for a slow disk share
+    /// a synchronisation: with one each they would fall further behind with every answer.
+    void synchronise()
+    {
+        if (m_isSynchronised.exchange(true))
+            return;
+        if (m_isNew.exchange(false))
+            synchroniseFolder(m_folder, m_synchronise);
+        if (!m_synchronise(m_descriptor))
+            warn(u"it cannot be synchronised"_s);
+    }
+
+private:
     bool create()
     {
         QDir().mkpath(m_folder);
@@ -251,7 +252,7 @@ private:
             // Only the user may read the participants' answers.
             if (m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
                             QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
-                synchroniseFolder(m_folder, m_synchronise);
+                m_descriptor = m_file.handle();
                 return true;
             }
             if (!m_file.exists())
@@ -260,13 +261,22 @@ private:
         return false;
     }
 
+    void warn(const QString &why)
+    {
+        if (!m_warned.exchange(true))
+            qWarning().noquote() << "The journal of this session cannot be written to"
+                                 << QDir(m_folder).filePath(m_name) << "-" << why;
+    }
+
     QString m_folder;
     QString m_name;
     Synchronise m_synchronise;
     QFile m_file;
     QByteArray m_unwritten;
-    std::atomic<int> m_expected = 0;
-    bool m_warned = false;
+    std::atomic<int> m_descriptor = -1;
+    std::atomic<bool> m_isNew = true;
+    std::atomic<bool> m_isSynchronised = true;
+    std::atomic<bool> m_warned = false;
 };
 
 Journal::Journal(const QString &folder)
@@ -278,8 +288,10 @@ Journal::Journal(const QString &folder, const Synchronise &synchronise)
     : m_folder(folder)
     , m_synchronise(synchronise)
 {
-    m_thread.setMaxThreadCount(1);
-    m_thread.setExpiryTimeout(-1);
+    for (QThreadPool *pool : {&m_writer, &m_synchroniser}) {
+        pool->setMaxThreadCount(1);
+        pool->setExpiryTimeout(-1);
+    }
 }
 
 void Journal::begin(const Data &data, const QList<qint32> &order, const QString &output)
@@ -319,13 +331,16 @@ void Journal::close(SessionEnd end)
     m_file.reset();
 }
 
-/// Makes the thread form @p line and add it to the open journal, if there is one.
+/// Makes the threads form @p line, add it to the open journal, if there is one, and synchronise
+/// that.
 void Journal::write(const std::function<QJsonObject()> &line)
 {
     if (m_file == nullptr)
         return;
-    m_file->expect();
-    m_thread.start([file = m_file, line] { file->add(line()); });
+    m_writer.start([this, file = m_file, line] {
+        file->add(line());
+        m_synchroniser.start([file] { file->synchronise(); });
+    });
 }
 
 std::optional<JournaledSession> readJournal(const QByteArray &journal)

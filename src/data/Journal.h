@@ -37,9 +37,10 @@ QString journalFolder();
 /// whatever happens to those or to the program. It is a file of JSON Lines: a head, written when
 /// the session begins, and a line for each answer, for the end and for each save.
 ///
-/// A thread of its own writes and synchronises the lines, in their order. A call only passes them
-/// to the thread and never waits for the disk. If a journal cannot be written, that is logged once,
-/// and the missing lines are tried again with the next one.
+/// A call only passes its line on and never waits for the disk. One thread writes the lines, in
+/// their order, so that they outlive the program; another one synchronises the file, so that they
+/// outlive a power cut, which may take seconds on a slow disk. If a journal cannot be written, that
+/// is logged once, and the missing lines are tried again with the next one.
 class Journal
 {
 public:
@@ -76,9 +77,12 @@ private:
 
     QString m_folder;
     Synchronise m_synchronise;
-    std::shared_ptr<File> m_file; ///< the open journal, used by the thread only
+    std::shared_ptr<File> m_file; ///< the open journal, used by the threads only
     bool m_finished = false;      ///< the open journal says that its session has finished
-    QThreadPool m_thread;         ///< has one thread; destroyed first, which waits for the thread
+    // Of one thread each. Destroying them waits for what they have to do; the writer, which goes
+    // first, still gives the other one something.
+    QThreadPool m_synchroniser;
+    QThreadPool m_writer;
 };
 
 /// A session as it stands in its journal.

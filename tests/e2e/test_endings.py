@@ -192,8 +192,7 @@ class EndingsTest(unittest.TestCase):
             [journal] = sitting.journals()
             lines = lines_of(journal.read_bytes())
             check_head(lines, tokens)
-            # A synchronisation may be going on when an answer is given.
-            check_answers(lines, session.presses, killed - 2.0)
+            check_answers(lines, session.presses, killed - SAFE_AFTER)
 
     # --- Saving goes wrong ---------------------------------------------------------------------------------
 
