@@ -51,6 +51,26 @@ public:
     }
 };
 
+/// Makes @p folder, if need be, and has it as the working directory while it lives: what a dialog
+/// without an answer stands for.
+class WorkingDirectory
+{
+public:
+    explicit WorkingDirectory(const QString &folder)
+        : m_before(QDir::currentPath())
+        , m_isSet(QDir().mkpath(folder) && QDir::setCurrent(folder))
+    {
+    }
+    ~WorkingDirectory() { QDir::setCurrent(m_before); }
+    Q_DISABLE_COPY_MOVE(WorkingDirectory)
+
+    bool isSet() const { return m_isSet; }
+
+private:
+    QString m_before;
+    bool m_isSet;
+};
+
 } // namespace
 
 class TestWindowEnds : public SessionTest
@@ -323,6 +343,8 @@ void TestWindowEnds::quittingEndsTheProgramAtOnce()
         m_window->refreshMainWindow();
         QVERIFY(prepare(m_window->pushButtonExperiment, path("tokens")));
     }
+    const WorkingDirectory unchosen(path("none"));
+    QVERIFY(unchosen.isSet());
     const ShownDialogs shown;
     QVERIFY(endsWithin([&] {
         if (inSession)
@@ -339,6 +361,7 @@ void TestWindowEnds::quittingEndsTheProgramAtOnce()
     QCOMPARE(m_window->findChildren<SubjectWindow *>().size(), inSession ? 1 : 0);
     m_window.reset();
     QVERIFY(!QDir(resultsFolder()).exists());
+    QVERIFY(QDir::current().isEmpty());
 }
 
 void TestWindowEnds::quittingEndsTheDialogThatIsOpen_data()
@@ -359,13 +382,10 @@ void TestWindowEnds::quittingEndsTheDialogThatIsOpen()
 {
     QFETCH(const QStringList, dialogs);
     const QString row = QTest::currentDataTag();
-    // The working directory stands for what is not chosen.
-    const QString before = QDir::currentPath();
-    const auto back = qScopeGuard([&] { QDir::setCurrent(before); });
     const bool besideTokens = row == "warning" || row == "folder dialog beside tokens";
     QVERIFY(makeToken());
-    QVERIFY(QDir().mkpath(path("none")));
-    QVERIFY(QDir::setCurrent(path(besideTokens ? "tokens" : "none")));
+    const WorkingDirectory unchosen(path(besideTokens ? "tokens" : "none"));
+    QVERIFY(unchosen.isSet());
     const QStringList files = QDir::current().entryList(QDir::Files);
 
     m_window->checkBoxSaveData->setChecked(true);
