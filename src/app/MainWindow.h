@@ -295,6 +295,7 @@ protected:
     // prepared; the sink has then stopped, or the sound server takes no more samples from it.
     CWav wav;                        ///< the last file read, even if it could not be used
     TokenSize currentToken;          ///< of the last token that could be used
+    qint64 currentTokenMemory = 0;   ///< its tokenMemory()
     QString soundPath;               ///< full path of the last file read
     QAudioFormat audioOutputFormat;  ///< mono floats at the fs of start-up; never changes
     QByteArray *audioData = nullptr; ///< the token between two silences

@@ -4,6 +4,7 @@
 #include "app/FieldText.h"
 #include "app/MainWindow.h"
 #include "audio/PresentationDelay.h"
+#include "audio/TokenMemory.h"
 #include "subject/SubjectWindow.h"
 
 #include <QAudioDevice>
@@ -17,6 +18,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <string>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -52,12 +54,17 @@ void MainWindow::genWav()
     }
 
     soundPath = data.wavFilePath + u'/' + data.wavFileName;
-    const bool loaded = wav.LoadWav(soundPath.toUtf8().toStdString());
+    const std::string file = soundPath.toUtf8().toStdString();
+    const qint64 memory = tokenMemory(file);
+    const bool loaded =
+        canTakeMemory(memory - reusableMemory(currentTokenMemory)) && wav.LoadWav(file);
     const std::optional<TokenSize> size = loaded ? tokenSize(wav) : std::nullopt;
-    if (size)
+    if (size) {
         currentToken = *size;
-    else
+        currentTokenMemory = memory;
+    } else {
         qWarning() << "Cannot present" << soundPath << "- the previous sound is played instead.";
+    }
 
     data.nSamples = currentToken.nPoints;
     data.soundDuration = currentToken.duration;

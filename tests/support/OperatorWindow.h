@@ -34,6 +34,7 @@ public:
     using MainWindow::audioOutputFormat;
     using MainWindow::audioSink;
     using MainWindow::currentToken;
+    using MainWindow::currentTokenMemory;
     using MainWindow::data;
     using MainWindow::nTimesSeq;
     using MainWindow::nTokens;
