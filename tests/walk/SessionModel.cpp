@@ -182,6 +182,7 @@ void SessionModel::beginPreparation(SessionType type)
         data.sesTypeIndex = type;
         updateOutputFileName();
     }
+    closeJournal(SessionEnd::BrokenOff);
     timerRuns = false;
     stream = Stream::None;
     data.records.clear();
@@ -383,6 +384,9 @@ void SessionModel::respond(int code, double rt)
         deliverWavFileName();
         logged.append('"' + data.wavFileName + '"');
         schedule();
+        if (!m_journalOpen)
+            journals.append({sequence, {}, {}});
+        m_journalOpen = true;
     } else if (code == 5 && trialIndex >= sequence.size()) {
         finish();
     } else if (code == 5) {
@@ -426,6 +430,8 @@ void SessionModel::score(bool mother, double rt)
         record.rt_correct += rt;
     else
         record.rt_incorrect += rt;
+    if (m_journalOpen)
+        journals.last().answers.append({trialIndex - 1, tokenIndex, entry});
 }
 
 /// The sums become means, and the subject is told.
@@ -441,6 +447,8 @@ void SessionModel::finish()
         record.rt_incorrect =
             nIncorrect > 0 ? record.rt_incorrect / nIncorrect : record.rt_incorrect;
     }
+    if (m_journalOpen)
+        journals.last().end = SessionEnd::Finished;
     sent.append(QString("doneDataCollection %1 0 0").arg(data.soundDuration, 0, 'g', 17));
     subject.choicesVisible = subject.feedBack;
     subject.nextVisible = false;
@@ -459,10 +467,19 @@ void SessionModel::confirmClosing()
 
 void SessionModel::refresh()
 {
+    closeJournal(SessionEnd::BrokenOff);
     outputAwake = false;
     mainEnabled = true;
     experimentEnabled = true;
     goEnabled = false;
+}
+
+/// @p end is that of a session that has not finished.
+void SessionModel::closeJournal(SessionEnd end)
+{
+    if (m_journalOpen && !journals.last().end)
+        journals.last().end = end;
+    m_journalOpen = false;
 }
 
 /// The subject window learns that a token plays, or by -1 that it has ended.

@@ -2,10 +2,13 @@
 #pragma once
 
 #include "data/Data.h"
+#include "data/Journal.h"
 
 #include <QList>
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 /// A token file as the walk has made it.
 struct TokenFile
@@ -63,6 +66,21 @@ public:
         QString wavFileName;
     };
 
+    /// What the journal of a session must tell.
+    struct Journaled
+    {
+        struct Answer
+        {
+            int trial = 0; ///< from 0 on
+            int token = 0;
+            Entry entry;
+        };
+
+        QList<int> order;
+        QList<Answer> answers;
+        std::optional<SessionEnd> end;
+    };
+
     explicit SessionModel(const QString &desktop, const QString &silentInterval);
 
     State state() const;
@@ -101,6 +119,9 @@ public:
     void timerFires();
     void soundEnds();
     void soundFails();
+
+    /// Nothing is shown any more from here on; the open journal ends.
+    void quit() { closeJournal(SessionEnd::Quit); }
 
     /// The records file gets the full path @p chosen.
     void saveAs(const QString &chosen);
@@ -143,6 +164,7 @@ public:
     double level = 0;           ///< of that sound
 
     Subject subject;
+    QList<Journaled> journals;
 
     // What the program must have sent and logged since these were cleared last.
     QStringList sent;
@@ -163,7 +185,9 @@ private:
     void refresh();
     void playing(int count);
     void lockSubject();
+    void closeJournal(SessionEnd end);
 
+    bool m_journalOpen = false; ///< the last of journals
     QList<TokenFile> m_tokens;
     double m_duration = 0; ///< of the last token that could be read
 };

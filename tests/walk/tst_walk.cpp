@@ -4,6 +4,7 @@
 // the end and the failure of the sound, responses out of turn, closing and quitting. After each
 // step the windows, the data, the signals, the log and the files are compared with SessionModel.
 
+#include "data/Journal.h"
 #include "subject/SubjectWindow.h"
 #include "support/GuiTestMain.h"
 #include "support/ModalAnswer.h"
@@ -246,6 +247,7 @@ private:
     void compareFiles();
     void checkNoDeadEnd();
     void checkFilesLeft();
+    void checkJournals();
     void report() const;
 
     QString at(const QString &path) const { return m_folder->filePath(path); }
@@ -257,6 +259,7 @@ private:
     int m_programs = 0;
     int m_sessions = 0; ///< "Go" pressed
     int m_finished = 0; ///< sessions answered to the end
+    int m_journals = 0; ///< compared
     int m_saved = 0;    ///< result files compared
     std::array<std::array<int, nPlaces>, nEvents> m_met{};
     QStringList m_history;
@@ -348,7 +351,7 @@ void TestWalk::windowsFollowTheModel()
     m_random.seed(seed);
     m_seed = seed;
     m_steps = steps;
-    m_step = m_programs = m_sessions = m_finished = m_saved = m_nameCount = 0;
+    m_step = m_programs = m_sessions = m_finished = m_journals = m_saved = m_nameCount = 0;
     m_met = {};
     m_history.clear();
     m_problem.clear();
@@ -381,7 +384,7 @@ void TestWalk::runProgram()
 {
     ++m_programs;
     const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
-    for (const QString &folder : {at("results"), at("here"), desktop}) {
+    for (const QString &folder : {at("results"), at("here"), desktop, journalFolder()}) {
         QDir(folder).removeRecursively();
         QDir().mkpath(folder);
     }
@@ -440,6 +443,7 @@ void TestWalk::runProgram()
     if (m_ended)
         compare("log at the end", m_logged, QStringList());
     checkFilesLeft();
+    checkJournals();
     m_logged.clear();
     m_dialogs.clear();
     m_places.clear();
@@ -1375,6 +1379,40 @@ void TestWalk::checkFilesLeft()
     compare("files left", left, QStringList(m_files.keys()));
 }
 
+/// Each session has left a journal with its answers and its end.
+void TestWalk::checkJournals()
+{
+    m_model->quit();
+    const QList<SessionModel::Journaled> &journals = m_model->journals;
+    const QStringList files = QDir(journalFolder()).entryList(QDir::Files, QDir::Name);
+    compare("number of journals", files.size(), journals.size());
+    for (qsizetype i = 0; i < files.size() && m_problem.isEmpty(); ++i) {
+        const auto session = readJournal(contents(journalFolder() + '/' + files.at(i)));
+        if (!session)
+            return fail("a journal cannot be read");
+        const SessionModel::Journaled &expected = journals.at(i);
+        compareAt("order in journal", i, session->order, expected.order);
+        compareAt("answers in journal", i, session->answers.size(), expected.answers.size());
+        if (!session->end || session->end != expected.end)
+            fail(QString("journal %1 ends otherwise than by \"%2\"")
+                     .arg(i)
+                     .arg(sessionEndWord(expected.end.value_or(SessionEnd::Quit))));
+        for (qsizetype k = 0; k < expected.answers.size() && m_problem.isEmpty(); ++k) {
+            const JournaledAnswer &answer = session->answers.at(k);
+            const SessionModel::Journaled::Answer &wanted = expected.answers.at(k);
+            compareAt("trial in journal", k, answer.trial, wanted.trial);
+            compareAt("token in journal", k, answer.token, wanted.token);
+            compareAt("file in journal", k, answer.entry.filename, wanted.entry.filename);
+            compareAt("stim in journal", k, answer.entry.stim, wanted.entry.stim);
+            compareAt("resp in journal", k, answer.entry.resp, wanted.entry.resp);
+            compareAt("correctness in journal", k, answer.entry.correctness,
+                      wanted.entry.correctness);
+            compareAt("rt in journal", k, answer.entry.rt, wanted.entry.rt);
+        }
+        ++m_journals;
+    }
+}
+
 /// No window is left over, and somebody can go on: the operator by the controls, the subject or the
 /// operator by answering what is asked, or somebody by closing the subject's window.
 void TestWalk::checkNoDeadEnd()
@@ -1413,14 +1451,16 @@ void TestWalk::report() const
             table += QString::number(met).rightJustified(12);
         }
     }
-    qInfo().noquote() << QString("seed %1: %2 steps in %3 programs, %4 sessions begun, %5 saved, "
-                                 "%6 result files compared; %7 of %8 states and events met")
+    qInfo().noquote() << QString("seed %1: %2 steps in %3 programs, %4 sessions begun, %5 saved; "
+                                 "%6 result files and %7 journals compared; %8 of %9 states and "
+                                 "events met")
                              .arg(m_seed)
                              .arg(m_step)
                              .arg(m_programs)
                              .arg(m_sessions)
                              .arg(m_finished)
                              .arg(m_saved)
+                             .arg(m_journals)
                              .arg(nMet)
                              .arg(nEvents * nPlaces);
     if (qEnvironmentVariableIsSet("OSTRINE_WALK_STEPS"))
