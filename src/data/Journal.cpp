@@ -13,6 +13,7 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 #include <fcntl.h>

@@ -300,9 +300,9 @@ class EndingsTest(unittest.TestCase):
 
     # --- The operator's window is closed ------------------------------------------------------------------
 
-    def close_in_state(self, reach_state, end="quit", feedback=False):
+    def close_in_state(self, reach_state, end="quit", feedback=False, sitting=None):
         """Presses the close box in a state of the session; the program must end, the journal be complete."""
-        with self.start() as sitting:
+        with sitting or self.start() as sitting:
             if feedback:
                 sitting.switch("Play sound automatically")
             tokens = self.prepare(sitting, seconds=LONG)
@@ -350,17 +350,18 @@ class EndingsTest(unittest.TestCase):
 
         self.close_in_state(reach_state)
 
-    # Catches the same after an answer, and an answer that is only written with what follows it.
+    # Catches the same after an answer; and a program that ends before a slow disk has taken everything.
     def test_closed_while_the_answer_is_shown(self):
         def reach_state(session):
             session.ready()
             session.answer()
             session.next()
+            self.slow.write_text("2000")
             session.answer()
             following = session.subject.button("Next")
             driver.wait_for(lambda: driver.is_enabled(following), "'Next' to be enabled")
 
-        self.close_in_state(reach_state, feedback=True)
+        self.close_in_state(reach_state, feedback=True, sitting=self.start_on_shim())
 
     # Catches a second end after the first, a close box that is heard while the save dialog is open, saved
     # files that are not what the journal says, and answers or files that differ from what is restored of the
