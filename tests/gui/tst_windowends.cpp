@@ -91,6 +91,7 @@ private slots:
     void quittingEndsTheDialogThatIsOpen_data();
     void quittingEndsTheDialogThatIsOpen();
     void quittingInsideAPreparationOpensNoDialog();
+    void aWarningBehindQuittingDoesNotKeepTheProgram();
 
 private:
     bool makeToken() const;
@@ -443,6 +444,20 @@ void TestWindowEnds::quittingInsideAPreparationOpensNoDialog()
     QVERIFY(endsWithin([this] { click(m_window->pushButtonExperiment); }));
     QCOMPARE(shown.titles, QStringList());
     QVERIFY(!m_window->isVisible());
+}
+
+// Catches a request to quit that is dropped by the event loop of a box that opens before it is met.
+void TestWindowEnds::aWarningBehindQuittingDoesNotKeepTheProgram()
+{
+    m_window->checkBoxSaveData->setChecked(true);
+    QVERIFY(start());
+    QVERIFY(awaitLastAnswer());
+    QVERIFY(writeFile(path("plain"), "no folder"));
+    ModalAnswer answers;
+    answers.choose(path("plain/x.txt")).when([this] { return m_window->close(); });
+    QVERIFY(endsWithin([this] { click(subject("pushButtonChoice2")); }));
+    QCOMPARE(answers.dialogs().size(), 1);
+    QCOMPARE(contents(path("plain")), "no folder");
 }
 
 GUI_TEST_MAIN(TestWindowEnds)
