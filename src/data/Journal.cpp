@@ -120,13 +120,14 @@ std::optional<JournaledSession> readHead(const QJsonObject &line)
 void takeAnswer(const QJsonObject &line, JournaledSession &session)
 {
     JournaledAnswer answer;
-    answer.trial = line.value("trial"_L1).toInt() - 1;
+    const qint32 number = line.value("trial"_L1).toInt(); // from 1 on
     answer.token = line.value("token"_L1).toInt(-1);
     const auto stimulus = categoryOfWord(line.value("stim"_L1).toString());
     const auto response = categoryOfWord(line.value("resp"_L1).toString());
-    if (answer.trial < 0 || answer.trial >= session.data.entries.size() || answer.token < 0 ||
+    if (number < 1 || number > session.data.entries.size() || answer.token < 0 ||
         answer.token >= session.data.records.size() || !stimulus || !response)
         return;
+    answer.trial = number - 1;
     answer.entry = session.data.entries.at(answer.trial);
     answer.entry.filename = line.value("filename"_L1).toString();
     scoreAnswer(answer.entry, session.data.records[answer.token], *stimulus, *response,

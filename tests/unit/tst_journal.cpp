@@ -292,6 +292,9 @@ void TestJournal::linesThatMakeNoSenseAreLeftOut_data()
         << R"({"type":"answer","trial":0,"token":0,"stim":"mother","resp":"mother")" + rest;
     QTest::newRow("trial beyond")
         << R"({"type":"answer","trial":3,"token":0,"stim":"mother","resp":"mother")" + rest;
+    QTest::newRow("lowest trial of all")
+        << R"({"type":"answer","trial":-2147483648,"token":0,"stim":"mother","resp":"mother")" +
+               rest;
     QTest::newRow("no token") << R"({"type":"answer","trial":1,"stim":"mother","resp":"mother")" +
                                      rest;
     QTest::newRow("token -1")
