@@ -118,7 +118,7 @@ MainWindow::MainWindow(QWidget *parent)
     for (QLineEdit *lineEdit : {lineEditSubCode, lineEditSesNum, lineEditNTimes})
         lineEdit->setValidator(new OneLineValidator(lineEdit));
 
-    // Qt posts a request to quit as well, but drops it when a dialog opens before it is met.
+    // Qt posts a request to quit too, but drops it if a dialog opens before the request is handled.
     connect(
         qApp, &QGuiApplication::lastWindowClosed, this, [] { QCoreApplication::exit(); },
         Qt::QueuedConnection);

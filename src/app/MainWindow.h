@@ -110,7 +110,7 @@ public slots:
 
 protected:
     // app/MainWindow.cpp
-    /// Ends the program. Nothing that happens until then begins, asks or saves anything any more.
+    /// Ends the program. Until then, nothing is begun, asked or saved any more.
     void closeEvent(QCloseEvent *event) override;
     /// Lays out the controls. Called once, at start-up.
     void setupGUIMainWindow();

@@ -216,7 +216,7 @@ public:
     {
     }
 
-    /// Writes @p line, and what is missing of those before it.
+    /// Writes @p line, after those before it that are still missing.
     void add(const QJsonObject &line)
     {
         m_unwritten += QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n';
@@ -232,8 +232,9 @@ public:
         m_isSynchronised = false;
     }
 
-    /// Sees that all that has been written is on the disk. Lines that waited for a slow disk share
-    /// a synchronisation: with one each they would fall further behind with every answer.
+    /// Waits until everything that has been written is on the disk. Lines that waited for a slow
+    /// disk share one synchronisation: with one for each they would fall further behind with every
+    /// answer.
     void synchronise()
     {
         if (m_isSynchronised.exchange(true))
@@ -333,8 +334,8 @@ void Journal::close(SessionEnd end)
     m_file.reset();
 }
 
-/// Makes the threads form @p line, add it to the open journal, if there is one, and synchronise
-/// that.
+/// Makes the threads form @p line, add it to the open journal, if there is one, and synchronise the
+/// journal.
 void Journal::write(const std::function<QJsonObject()> &line)
 {
     if (m_file == nullptr)

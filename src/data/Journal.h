@@ -38,9 +38,9 @@ QString journalFolder();
 /// the session begins, and a line for each answer, for the end and for each save.
 ///
 /// A call only passes its line on and never waits for the disk. One thread writes the lines, in
-/// their order, so that they outlive the program; another one synchronises the file, so that they
-/// outlive a power cut, which may take seconds on a slow disk. If a journal cannot be written, that
-/// is logged once, and the missing lines are tried again with the next one.
+/// their order, so that they survive the end of the program. Another one synchronises the file,
+/// which may take seconds on a slow disk, so that they survive a power cut. If a journal cannot be
+/// written, that is logged once, and the missing lines are tried again with the next one.
 class Journal
 {
 public:
@@ -79,8 +79,8 @@ private:
     Synchronise m_synchronise;
     std::shared_ptr<File> m_file; ///< the open journal, used by the threads only
     bool m_finished = false;      ///< the open journal says that its session has finished
-    // Of one thread each. Destroying them waits for what they have to do; the writer, which goes
-    // first, still gives the other one something.
+    // Each has one thread. Destroying them waits for their work; the writer, which is destroyed
+    // first, may still give work to the other one.
     QThreadPool m_synchroniser;
     QThreadPool m_writer;
 };
