@@ -126,7 +126,7 @@ class EndingsTest(unittest.TestCase):
 
     # Catches answers that the system has not been told to write to the disk, or too late; a journal whose
     # name is not on the disk; and a window that waits for the disk, which would delay the next token.
-    def test_power_cuts_and_a_slow_disk(self):
+    def test_answers_survive_power_cuts_and_wait_for_no_disk(self):
         per_disk = 5
         delays = [0, 300, 2000]
         with self.start_on_shim() as sitting:
@@ -178,7 +178,7 @@ class EndingsTest(unittest.TestCase):
 
     # Catches answers that wait for the disk one behind another, so that ever more would be lost with the
     # program.
-    def test_killed_on_a_slow_disk(self):
+    def test_a_kill_loses_no_answer_that_waits_for_a_slow_disk(self):
         self.slow.write_text("2000")
         with self.start_on_shim() as sitting:
             tokens = self.prepare(sitting, count=9)
@@ -199,7 +199,7 @@ class EndingsTest(unittest.TestCase):
     # Catches a disk that is full for a result file and: is not reported, keeps another file from being
     # written, leaves a torn file, spoils a complete older one, or spoils the journal. And two sessions under
     # one name: what the second save overwrites is to be had from the first journal.
-    def test_disk_full_for_each_result_file(self):
+    def test_a_full_disk_costs_one_result_file_and_no_journal(self):
         records = self.folder / "results.txt"
         with self.start_on_shim() as sitting:
             told = []
@@ -229,7 +229,7 @@ class EndingsTest(unittest.TestCase):
             self.assertEqual(set(self.folder.glob("results*")), {Path(path) for path, _ in told[-1][2]})
 
     # Catches a save whose failure is not in the journal, and one that spoils it.
-    def test_save_dialog_cancelled(self):
+    def test_a_cancelled_save_dialog_is_in_the_journal(self):
         with self.start() as sitting:
             tokens = self.prepare(sitting, count=2)
             session = Session(sitting)
@@ -255,7 +255,7 @@ class EndingsTest(unittest.TestCase):
 
     # Catches a journal that is not closed with its session: an end that is missing, or lines of one session
     # in another one's journal.
-    def test_broken_off_in_each_state(self):
+    def test_breaking_off_ends_the_journal_in_each_state(self):
         with self.start() as sitting:
             told = []
 
@@ -317,15 +317,15 @@ class EndingsTest(unittest.TestCase):
                 self.check_journal(journal, session, tokens, end, autoPlay=not feedback)
 
     # Catches a journal of a session that nobody was ready for.
-    def test_closed_while_the_subject_is_not_ready(self):
+    def test_closing_before_the_subject_is_ready_leaves_no_journal(self):
         self.close_in_state(lambda session: None, end=None)
 
     # Catches a journal without its head or end when there are no answers yet.
-    def test_closed_before_the_first_token(self):
+    def test_closing_before_the_first_token_leaves_a_journal_without_answers(self):
         self.close_in_state(lambda session: session.ready())
 
     # Catches a last answer, or the end, that is not waited for when the program ends.
-    def test_closed_while_a_token_plays(self):
+    def test_closing_while_a_token_plays_ends_the_journal(self):
         def reach_state(session):
             session.ready()
             session.answer()
@@ -335,7 +335,7 @@ class EndingsTest(unittest.TestCase):
         self.close_in_state(reach_state)
 
     # Catches the same while the subject may answer; and a close box that is heard while the subject is asked.
-    def test_closed_while_the_subject_may_answer(self):
+    def test_closing_while_the_subject_may_answer_ends_the_journal(self):
         def reach_state(session):
             session.ready()
             session.answer()
@@ -351,7 +351,7 @@ class EndingsTest(unittest.TestCase):
         self.close_in_state(reach_state)
 
     # Catches the same after an answer; and a program that ends before a slow disk has taken everything.
-    def test_closed_while_the_answer_is_shown(self):
+    def test_closing_while_the_answer_is_shown_ends_the_journal(self):
         def reach_state(session):
             session.ready()
             session.answer()
@@ -366,7 +366,7 @@ class EndingsTest(unittest.TestCase):
     # Catches a second end after the first, a close box that is heard while the save dialog is open, saved
     # files that are not what the journal says, and answers or files that differ from what is restored of the
     # journal.
-    def test_closed_when_everything_is_saved(self):
+    def test_closing_after_the_save_adds_nothing_to_the_journal(self):
         with self.start() as sitting:
             tokens = self.prepare(sitting)
             session = Session(sitting)
@@ -387,7 +387,7 @@ class EndingsTest(unittest.TestCase):
 
     # Catches a program that ends without a part of the journal when it is quit, also right after a session
     # without a save; and "Quit" that can be pressed in a session.
-    def test_quit(self):
+    def test_quitting_leaves_a_whole_journal(self):
         with self.start() as sitting:
             quit_button = sitting.main_button("Quit")
             sitting.switch("Save data to file")
@@ -408,7 +408,7 @@ class EndingsTest(unittest.TestCase):
 
     # Catches answers that are kept in memory until they have been saved, and a program that hangs without its
     # screen.
-    def test_the_display_goes_away(self):
+    def test_answers_survive_the_end_of_the_display(self):
         with other_display() as server, self.start() as sitting:
             tokens = self.prepare(sitting, count=5)
             session = Session(sitting)
@@ -426,7 +426,7 @@ class EndingsTest(unittest.TestCase):
 
     # Catches answers that are kept in memory until they have been saved: the save dialog may be open for
     # long.
-    def test_killed_while_the_save_dialog_is_open(self):
+    def test_answers_survive_a_kill_while_the_save_dialog_is_open(self):
         with self.start() as sitting:
             tokens = self.prepare(sitting)
             session = Session(sitting)
@@ -442,7 +442,7 @@ class EndingsTest(unittest.TestCase):
 
     # Catches a session that a full disk stops or that asks anybody about it, lines that are lost or torn for
     # good when there is room again, and a log that fills up.
-    def test_disk_full_for_the_journal(self):
+    def test_a_full_disk_does_not_stop_a_session_and_its_journal_catches_up(self):
         with self.start_on_shim() as sitting:
             self.full.write_text("*/sessions/*\n")
             tokens = self.prepare(sitting, count=6)
@@ -474,7 +474,7 @@ class EndingsTest(unittest.TestCase):
 
     # Catches a session that does not go on, is not saved or cannot be left when its journal cannot even be
     # begun.
-    def test_journal_without_a_folder(self):
+    def test_a_session_works_without_a_journal(self):
         with self.start() as sitting:
             sitting.data_home.mkdir(exist_ok=True)
             (sitting.data_home / "ostrine").write_text("in the way")
