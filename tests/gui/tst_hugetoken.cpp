@@ -52,7 +52,10 @@ public:
     AddressSpaceLimit(const AddressSpaceLimit &) = delete;
     AddressSpaceLimit &operator=(const AddressSpaceLimit &) = delete;
 
-    bool holds() const { return m_holds; }
+    bool holds() const
+    {
+        return m_holds;
+    }
 
 private:
     rlimit m_before{};
