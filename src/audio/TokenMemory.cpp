@@ -20,13 +20,13 @@ namespace {
 
 constexpr qint64 headerSize = 44;
 
-// Where the header has what is needed of it.
+// The places in the header of what is needed of it.
 constexpr qsizetype numChannelsAt = 22;
 constexpr qsizetype bitsPerSampleAt = 34;
 constexpr qsizetype dataSizeAt = 40;
 
-// What is taken, in bytes. The drawing of the waveform takes most: measured, up to 460 bytes per
-// point with all that is computed before (bench_charts --memory).
+// In bytes. Drawing the waveform takes the most: up to 460 bytes per point were measured, with all
+// that is computed before (bench_charts --memory).
 constexpr qint64 perSample = sizeof(double);
 constexpr qint64 perPoint = 512;
 constexpr qint64 perTransformPoint = 64;
@@ -88,8 +88,8 @@ bool canTakeMemory(qint64 bytes)
         availableMemory(meminfo.readAll()).value_or(bytes) < bytes)
         return false;
 #ifdef Q_OS_UNIX
-    // Memory that is never touched is only counted: against the limit of the process, and against
-    // what the system is willing to promise.
+    // Memory that is never touched is only counted, against the limit of the process and against
+    // what the system allows programs to reserve.
     const auto size = static_cast<std::size_t>(bytes);
     void *const trial =
         mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

@@ -6,22 +6,22 @@
 #include <optional>
 #include <string>
 
-/// The most memory in bytes that the program takes for a token while it reads, transforms, draws
-/// and plays it, beside what it had before. The file has @p fileSize bytes and begins with
-/// @p header, of which 44 bytes are looked at. 0 for a file that the reader takes no memory for.
+/// The most memory in bytes that the program needs to read, transform, draw and play a token, in
+/// addition to what it had before. The file has @p fileSize bytes and begins with @p header, of
+/// which 44 bytes are looked at. 0 for a file for which the reader takes no memory.
 qint64 tokenMemory(QByteArrayView header, qint64 fileSize);
 
-/// The same for the file @p path (UTF-8), of which only the header is read. 0 when it cannot be.
+/// The same for the file @p path (UTF-8), of which only the header is read; 0 when that fails.
 qint64 tokenMemory(const std::string &path);
 
-/// How much of tokenMemory() is certainly free for the next token: what is still in use of it when
-/// the token has been shown is taken for that one, or given back.
+/// The part of @p tokenMemory that the next token can certainly use again: what a token still holds
+/// when it has been shown is used for the next one, or given back.
 qint64 reusableMemory(qint64 tokenMemory);
 
-/// The memory in bytes that programs can take without swapping, as @p meminfo tells, the text of
-/// /proc/meminfo; nothing when it does not tell.
+/// The memory in bytes that programs can take without swapping, according to @p meminfo, the text
+/// of /proc/meminfo; no value when that does not say.
 std::optional<qint64> availableMemory(QByteArrayView meminfo);
 
-/// Whether this process can take @p bytes of memory now: the machine has them, and the process may
-/// have them. Nothing is taken. True where neither can be told.
+/// Whether this process can take @p bytes of memory now: whether the machine has them, and whether
+/// the process is allowed to take them. Takes nothing. True where neither can be found out.
 bool canTakeMemory(qint64 bytes);
