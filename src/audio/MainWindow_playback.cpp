@@ -62,8 +62,6 @@ void MainWindow::genWav()
     if (size) {
         currentToken = *size;
         currentTokenMemory = memory;
-    } else {
-        qWarning() << "Cannot present" << soundPath << "- the previous sound is played instead.";
     }
 
     data.nSamples = currentToken.nPoints;
@@ -71,11 +69,14 @@ void MainWindow::genWav()
     lineEditDuration->setText(millisecondsText(data.soundDuration));
     updateNPointsToPlot();
     sizeSpectrum();
+    bool taken = false;
     if (size) {
         if (trialIndex == 0 && playCount == 0)
             soundWave.fill(0.0);
-        takeFirstChannel(wav, currentToken.nPoints, soundWave);
+        taken = takeFirstChannel(wav, currentToken.nPoints, soundWave);
     }
+    if (!taken)
+        qWarning() << "Cannot present" << soundPath << "- the previous sound is played instead.";
     sizeTimeAxis();
 }
 

@@ -20,13 +20,14 @@ std::optional<TokenSize> tokenSize(const CWav &wav)
     return TokenSize{static_cast<qint32>(nPoints), duration};
 }
 
-void takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave)
+bool takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave)
 {
     soundWave.resize(nPoints);
     if (wav.numChannels != 1 && wav.numChannels != 2)
-        return;
+        return false;
     for (qsizetype i = 0; i < nPoints; ++i)
         soundWave[i] = wav.samples[i * wav.numChannels];
+    return true;
 }
 
 QByteArray playbackBytes(qsizetype before, std::span<const double> soundWave, qsizetype behind)

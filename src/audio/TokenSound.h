@@ -26,8 +26,8 @@ struct TokenSize
 std::optional<TokenSize> tokenSize(const CWav &wav);
 
 /// Makes @p soundWave @p nPoints long and copies the first channel of @p wav into it. With more
-/// than two channels nothing is copied and the list keeps what it held.
-void takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave);
+/// than two channels nothing is copied, the list keeps what it held, and the answer is false.
+bool takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave);
 
 /// @p soundWave as 32-bit floats in native byte order, unscaled and unclipped, with @p before zeros
 /// before it and @p behind zeros behind it.
