@@ -9,6 +9,7 @@
 #   wayland           to run it on a desktop that supports only Wayland
 #   demo              to build it and run the demo session on a virtual screen with a virtual sound output
 #   test              to build it and run the tests
+#   valgrind          the same, and to run them under valgrind
 #   fuzz              to build and run the fuzz targets
 #   bench             to build and run the benchmarks
 #   bench-pulseaudio  the same, with PulseAudio as well; it cannot be installed where the desktop's sound server is
@@ -43,7 +44,7 @@ peers=(libbenchmark-dev libfftw3-dev libgsl-dev libeigen3-dev libsndfile1-dev li
 
 packages=()
 if [ $# -eq 0 ]; then
-    echo "usage: setup.sh run|wayland|demo|test|fuzz|bench|bench-pulseaudio..." >&2
+    echo "usage: setup.sh run|wayland|demo|test|valgrind|fuzz|bench|bench-pulseaudio..." >&2
     exit 2
 fi
 for set in "$@"; do
@@ -52,6 +53,7 @@ for set in "$@"; do
         wayland) packages+=(qt6-wayland) ;;
         demo) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}") ;;
         test) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}" "${checks[@]}") ;;
+        valgrind) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}" "${checks[@]}" valgrind) ;;
         fuzz) packages+=("${build[@]}" "${fuzzer[@]}") ;;
         bench) packages+=("${build[@]}" "${sound[@]}" "${peers[@]}") ;;
         bench-pulseaudio) packages+=("${build[@]}" "${sound[@]}" "${peers[@]}" pulseaudio) ;;
