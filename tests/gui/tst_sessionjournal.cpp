@@ -26,6 +26,7 @@ private slots:
     void eachAnswerIsWrittenWhenItIsGiven();
     void theResultFilesComeBackFromTheJournal_data();
     void theResultFilesComeBackFromTheJournal();
+    void whatChangesInASessionComesBackAsWell();
     void theSavedFilesAreKeptWithTheirSums();
     void aCancelledSaveIsNoSave();
     void aSessionWithoutSavingIsJournaled();
@@ -204,6 +205,33 @@ void TestSessionJournal::theResultFilesComeBackFromTheJournal()
     QCOMPARE(contents(path("x.txt")), written.at(0));
     QCOMPARE(contents(path("x_entries.txt")), written.at(1));
     QCOMPARE(contents(path("x_parameters.txt")), written.at(2));
+}
+
+// Catches parameters that are kept only as they were at the beginning: the program reads its fields
+// again before each token.
+void TestSessionJournal::whatChangesInASessionComesBackAsWell()
+{
+    m_window->checkBoxSaveData->setChecked(true);
+    QVERIFY(begin());
+    ModalAnswer answers;
+    answers.choose(path("x.txt"));
+    answer(true);
+    m_window->lineEditSubCode->setText("ANA002");
+    m_window->lineEditSi->setText("30.000");
+    answer(true);
+    answer(false);
+    QCOMPARE(answers.problem(), "");
+    QTRY_COMPARE_WITH_TIMEOUT(journaled()->saves.size(), 1, 1000);
+    const QByteArray records = contents(path("x.txt"));
+    const QByteArray parameters = contents(path("x_parameters.txt"));
+    QVERIFY(parameters.contains("subCode: ANA002\n"));
+    QVERIFY(parameters.contains("si: 0.03\n"));
+
+    std::optional<JournaledSession> session = journaled();
+    writeResultFiles(session->data, session->order.size(), path("x.txt"),
+                     [](const QString &warning) { QFAIL(qPrintable(warning)); });
+    QCOMPARE(contents(path("x.txt")), records);
+    QCOMPARE(contents(path("x_parameters.txt")), parameters);
 }
 
 // Catches sums of other files, or of what ought to have been written.
