@@ -218,6 +218,50 @@ void replaceTrendSeries(benchmark::State &state)
     }
 }
 
+/// The trend chart of a window, which shows other tokens each time.
+class Trend
+{
+public:
+    Trend()
+    {
+        m_window.resize(windowSize);
+        m_window.show();
+        QCoreApplication::processEvents();
+    }
+
+    /// As a preparation does.
+    void showTokens(int nTokens)
+    {
+        m_window.nTokens = nTokens;
+        m_window.updateTrend();
+        paint(m_window.trendChart);
+    }
+
+    /// The same with a tick for each token, however many there are.
+    void showTokensWithSingleTicks(int nTokens)
+    {
+        m_window.trendChart.horizontalAxis->setTickCount(nTokens);
+        QList<QPointF> points;
+        for (int i = 0; i < nTokens; ++i)
+            points.append(QPointF(i + 1, 0));
+        showLine(m_window.trendChart, points, {1, static_cast<double>(nTokens)}, {0, 4});
+        paint(m_window.trendChart);
+    }
+
+private:
+    OperatorWindow m_window;
+};
+
+template<void (Trend::*show)(int)>
+void prepareTrend(benchmark::State &state)
+{
+    Trend trend;
+    for ([[maybe_unused]] auto _ : state) {
+        trend.showTokens(10);
+        (trend.*show)(static_cast<int>(state.range(0)));
+    }
+}
+
 // The names tell compare.py what is compared with what.
 BENCHMARK(prepareToken)->Name("prepare token/ostrine")->Arg(12000)->Arg(48000)->Arg(480000);
 BENCHMARK(prepareBareCharts)
@@ -226,6 +270,18 @@ BENCHMARK(prepareBareCharts)
     ->Arg(48000)
     ->Arg(480000);
 BENCHMARK(updateTrend)->Name("update trend/ostrine")->Arg(10)->Arg(100)->Arg(1000);
+BENCHMARK(prepareTrend<&Trend::showTokens>)
+    ->Name("prepare trend/ostrine")
+    ->Arg(1000)
+    ->Arg(2000)
+    ->Arg(5000)
+    ->Arg(50000);
+// The largest does not end.
+BENCHMARK(prepareTrend<&Trend::showTokensWithSingleTicks>)
+    ->Name("prepare trend/a tick per token")
+    ->Arg(1000)
+    ->Arg(2000)
+    ->Arg(5000);
 BENCHMARK(replaceTrendSeries)->Name("update trend/bare series")->Arg(10)->Arg(100)->Arg(1000);
 
 /// The value in bytes of a field of the process's status, such as "VmHWM:".

@@ -4,6 +4,7 @@
 
 #include "app/MainWindow.h"
 #include "plots/PlotPoints.h"
+#include "plots/TrendTicks.h"
 
 #include <QChartView>
 #include <QGridLayout>
@@ -51,10 +52,10 @@ void MainWindow::updateTrend()
             trendPoints[i] = QPointF(i + 1, 0);
         }
         tokens = {1, static_cast<double>(nTokens)};
-        trendChart.horizontalAxis->setLabelFormat(u"%g"_s);
-        // An axis has two ticks at least and ignores a smaller count. For a single token none of
-        // them is drawn (see showLine).
-        trendChart.horizontalAxis->setTickCount(std::max(nTokens, 2));
+        // For a single token none of the ticks is drawn (see showLine).
+        const TrendTicks ticks = trendTicks(nTokens);
+        trendChart.horizontalAxis->setLabelFormat(ticks.labelFormat);
+        trendChart.horizontalAxis->setTickCount(ticks.count);
     }
     Range counts = {0, leastCountsShown};
     if (!trendY.isEmpty()) {
