@@ -230,8 +230,8 @@ void Session::present(qsizetype before, qsizetype behind)
     const std::uint32_t channels = m_expected.channels();
     const std::uint32_t nPoints = channels == 0 ? 0 : m_expected.numSamples / channels;
     require(size.has_value() ==
-            (nPoints > 0 && nPoints <= std::numeric_limits<qint32>::max() &&
-             m_expected.rate() > 0 && m_expected.samples.size() >= m_expected.numSamples));
+            (nPoints > 0 && m_expected.rate() > 0 && nPoints <= 3600.0 * m_expected.rate() &&
+             m_expected.samples.size() >= m_expected.numSamples));
     if (!size)
         return;
     require(std::cmp_equal(size->nPoints, nPoints));

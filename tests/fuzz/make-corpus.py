@@ -62,6 +62,8 @@ reader = {
     "stereo": orderly(16, EDGES_16, channels=2) + orderly(24, EDGES_24, channels=2) + orderly(8, EDGES_8, channels=2),
     "three-channels": orderly(16, EDGES_16) + orderly(16, EDGES_16, channels=3) + orderly(8, EDGES_8, channels=1),
     "no-channel-no-rate": orderly(16, EDGES_16, channels=0) + orderly(16, EDGES_16, rate=0) + orderly(8, b"", rate=7),
+    "an-hour-and-more": orderly(8, bytes(180), rate=2, long=True) + orderly(8, bytes(181), rate=2, long=True)
+        + orderly(16, EDGES_16),
     "fragments": b"".join(orderly(24, EDGES_24[:n]) for n in (1, 2, 3, 4, 5)) + orderly(16, EDGES_16[:3]),
     "truncated": orderly(16, EDGES_16) + orderly(16, EDGES_16, undeclared=-1) + orderly(24, EDGES_24, undeclared=-3)
         + CONVERT + WRITE,
