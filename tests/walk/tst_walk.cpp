@@ -1120,10 +1120,12 @@ void TestWalk::saveFiles(std::size_t first, const QString &chosen, const std::ar
                                  (file == 0 ? m_model->data.outputFileName : names[file]);
             m_expected = [=, this](QDialog *dialog) {
                 QMessageBox *box = asBox(dialog, "Warning", m_window.get(), text, QMessageBox::Ok);
-                if (box == nullptr || !linger(box, Place::SaveWarning))
+                if (box == nullptr)
                     return;
-                saveFiles(file + 1, chosen, fails);
-                answer(box, QMessageBox::Ok);
+                const bool answerable = linger(box, Place::SaveWarning);
+                saveFiles(file + 1, chosen, fails); // the name was confirmed before any quitting
+                if (answerable)
+                    answer(box, QMessageBox::Ok);
             };
             return;
         }
