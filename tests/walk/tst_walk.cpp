@@ -507,6 +507,11 @@ Event TestWalk::chooseEvent()
         const bool preparing = place() == Place::FolderDialog ||
                                place() == Place::EmptyFolderQuestion ||
                                place() == Place::TooManyWarning;
+        // A box that belongs to no window keeps the program alive, and can be answered only when it
+        // is in front.
+        if (event == Event::CloseMainWindow && m_places.contains(Place::InvalidWarning) &&
+            m_places.last() != Place::InvalidWarning)
+            continue;
         // While a session is prepared there is no subject who could respond.
         if ((!ends || oneIn(8)) && (!isCode || (m_wild && !preparing)))
             return event;
@@ -1055,22 +1060,26 @@ void TestWalk::expectSaveDialog()
 {
     m_expected = [this](QDialog *opened) {
         auto *dialog = as<QFileDialog>(opened, "Save a file", m_window.get());
-        if (dialog == nullptr || !linger(dialog, Place::SaveDialog))
+        if (dialog == nullptr)
+            return;
+        settle();
+        const QString folder = m_model->data.outputFilePath;
+        const QString proposed = m_model->data.outputFileName;
+        const bool isFolder = folder == m_model->data.desktopPath + '/' + m_model->subCodeText;
+        if (isFolder)
+            compare("proposed name", dialog->findChild<QLineEdit *>("fileNameEdit")->text(),
+                    proposed);
+        if (!linger(dialog, Place::SaveDialog))
             return;
         ++m_finished;
-        const Data &data = m_model->data;
-        const QString folder = data.desktopPath + '/' + data.subCode;
         QString name = oneIn(5) ? "again" : QString("r.%1").arg(++m_nameCount);
         name += oneIn(4) ? "" : ".txt";
         QString chosen = at("results/" + name);
         std::array<bool, 3> fails{};
         switch (below(8)) {
         case 0: // what is proposed
-            if (data.outputFilePath == folder) {
-                chosen = QDir::cleanPath(folder + '/' + data.outputFileName);
-                compare("proposed name", dialog->findChild<QLineEdit *>("fileNameEdit")->text(),
-                        data.outputFileName);
-            }
+            if (isFolder)
+                chosen = QDir::cleanPath(folder + '/' + proposed);
             break;
         case 1: // cancelled
             chosen.clear();
