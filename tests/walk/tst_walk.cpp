@@ -524,7 +524,7 @@ Event TestWalk::progress()
     case SessionModel::State::Idle:
     case SessionModel::State::BrokenOff:
         if (oneIn(3))
-            return Event::NTimes;
+            return oneIn(3) ? Event::SubCode : Event::NTimes;
         return m_model->experimentEnabled && oneIn(2) ? Event::Experiment : Event::Practice;
     case SessionModel::State::Prepared:
         if (oneIn(4))
