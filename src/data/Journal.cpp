@@ -97,14 +97,14 @@ std::optional<JournaledSession> readHead(const QJsonObject &line)
     session.started = QDateTime::fromString(line.value("started"_L1).toString(), Qt::ISODateWithMs);
     parametersFromJson(line.value("parameters"_L1).toObject(), session.data);
     const QJsonArray tokens = line.value("tokens"_L1).toArray();
-    for (const QJsonValue &token : tokens) {
+    for (const auto &token : tokens) {
         Record record;
         record.filePath = session.data.wavFilePath;
         record.filename = token.toString();
         session.data.records.append(record);
     }
     const QJsonArray order = line.value("order"_L1).toArray();
-    for (const QJsonValue &value : order) {
+    for (const auto &value : order) {
         const qint32 token = value.toInt(-1);
         if (token < 0 || token >= session.data.records.size())
             return std::nullopt;
@@ -160,7 +160,7 @@ void takeSave(const QJsonObject &line, JournaledSession &session)
 {
     QList<SavedFile> files;
     const QJsonArray list = line.value("files"_L1).toArray();
-    for (const QJsonValue &file : list)
+    for (const auto &file : list)
         files.append({file["path"_L1].toString(), file["sha256"_L1].toString().toLatin1()});
     session.saves.append(files);
 }
