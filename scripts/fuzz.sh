@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Installs what is missing, builds the fuzz targets with Clang and runs them, all at the same time.
 #
-#   fuzz.sh MINUTES [TARGET...]     TARGET: reader or tables; both of them if none is given
+#   fuzz.sh MINUTES [TARGET...]     TARGET: reader, journal or tables; all of them if none is given
 #
 # A target stops at its first finding; it keeps the input in build/fuzz/runs/TARGET/findings. The inputs that reached
 # something new are kept as well, in build/fuzz/runs/TARGET/corpus, and the next run begins with them. Ends with 1
@@ -17,7 +17,7 @@ seconds=$((60 * $1))
 shift
 targets=("$@")
 if [ $# -eq 0 ]; then
-    targets=(reader tables)
+    targets=(reader journal tables)
 fi
 
 scripts/setup.sh fuzz

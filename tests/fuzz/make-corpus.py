@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Writes the inputs that the fuzz targets begin with into corpus/. Inputs found by the fuzzer (found-*) stay. A
 # target's source tells what its bytes mean.
+import json
 import struct
 from pathlib import Path
 
@@ -150,4 +151,91 @@ write("tables", {
     "tabs-and-lines": tables(0, [record(text("a\tb\nc.wav"), 1, 0, plain(1), plain(1), plain(0))], 1,
                              [entry(text("\t\n"), "a\tb", "c\nd", 1, plain(1))], NUMBERS, (1, 0, 0, 0, 1, 1),
                              [text("a\nb")] * 6, LISTS, (1, 1, 1), "tab\there.txt", "a/b"),
+})
+
+
+# --- The journal: "t", where it is torn, a text; or "w", where it is damaged, by which byte, and a session.
+PARAMETERS = {
+    "fs": 48000, "alwaysPlotEntireWaveformFlag": 1, "upperFrequencyToPlot": 2000, "outputFilePath": "/results",
+    "wavFilePath": "/tokens", "subCode": "CHD001", "outputFileName": "r.txt", "outputFileName_entries": "e.txt",
+    "outputFileName_parameters": "p.txt", "sesTypeNames": ["practice", "experiment"], "sesTypeIndex": 1,
+    "soundTypeNames": [".wav files", "reserved"], "soundTypeIndex": 0,
+    "mainParameterNames": ["sound files", "reserved"], "mainParameterIndex": 0, "sesNum": 1, "nTimes": 1, "si": 1,
+    "threshold": 0, "reactionTime": 0, "saveData": True, "feedBack": True, "autoPlay": True,
+}
+
+
+def head(tokens=("MOV001_01.wav", "MOV002_01.wav"), order=(1, 0), **changed):
+    return {"type": "session", "format": 1, "program": "Ostrine", "version": "0.14", "qt": "6.4.2", "output": "Speakers",
+            "started": "2026-11-22T08:01:50.123Z", "parameters": PARAMETERS, "tokens": list(tokens),
+            "order": list(order)} | changed
+
+
+def answer(trial, token, name, stim="mother", resp="mother", rt=512, **changed):
+    return {"type": "answer", "trial": trial, "token": token, "filename": name, "stim": stim, "resp": resp,
+            "correctness": stim == resp, "rt": rt, "presentation": {"late": 0.25}} | changed
+
+
+def end(word="finished"):
+    return {"type": "end", "end": word} | ({"parameters": PARAMETERS} if word == "finished" else {})
+
+
+SAVE = {"type": "save", "files": [{"path": "/results/r.txt", "sha256": "ab" * 32},
+                                  {"path": "/results/r_entries.txt", "sha256": ""}]}
+
+
+def torn(text, place=0):
+    return b"t" + struct.pack("<H", place) + text
+
+
+def journal(*lines, place=0):
+    return torn(b"".join(json.dumps(line, separators=(",", ":")).encode() + b"\n" for line in lines), place)
+
+
+FIRST, SECOND = answer(1, 1, "MOV002_01.wav", "stranger", "mother", 812), answer(2, 0, "MOV001_01.wav")
+THIRD, FOURTH = answer(3, 1, "MOV002_01.wav", "stranger", "mother", 611), answer(4, 0, "MOV001_01.wav", rt=411)
+TWICE = head(order=[1, 0, 1, 0])
+
+
+def written(place, damage, names, order, answers, ending):
+    return (b"w" + struct.pack("<HB", place, damage) + text("Speakers") + plain(48000) + plain(1) + text("CHD001")
+            + text("/tokens") + struct.pack("<iBB", 1, 1, len(names) - 1) + b"".join(names)
+            + bytes([len(order), *order]) + b"".join(answers) + ending)
+
+
+def given(mother, rt):
+    return bytes([1, mother]) + plain(rt) + text("late") + struct.pack("<i", 250)
+
+
+FINISHED = bytes([0]) + struct.pack("<i", 2) + bytes([1, 1]) + text("/results/r.txt") + bytes([2, 0xAB, 0xCD])
+
+write("journal", {
+    "finished": journal(head(), FIRST, SECOND, end(), SAVE, place=700),
+    "quit": journal(head(), FIRST, end("quit"), place=1200),
+    "broken-off": journal(head(), end("broken off"), place=5),
+    "stopped": journal(head(), FIRST),
+    "no-head": journal(FIRST, SECOND, end()),
+    "second-head": journal(head(), FIRST, head(tokens=["x"], order=[]), SECOND),
+    "two-presentations": journal(TWICE, FIRST, SECOND, THIRD, FOURTH, end(), SAVE),
+    "finished-twice": journal(TWICE, FIRST, SECOND, THIRD, FOURTH, end(), end(), SAVE, SAVE),
+    "answer-behind-the-end": journal(TWICE, FIRST, THIRD, end(), SECOND, FOURTH),
+    "quit-behind-the-end": journal(TWICE, FIRST, SECOND, THIRD, end(), end("quit")),
+    "answered-twice": journal(head(), FIRST, FIRST, SECOND),
+    "far-away": journal(head(), answer(3, 0, "a"), answer(0, 0, "a"), answer(-2**31, 0, "a"), answer(2**31, 0, "a"),
+                        answer(1, 2, "a"), answer(1, -1, "a"), answer(1.5, 0.5, "a")),
+    "order-far-away": journal(head(order=[2]), head(order=[-1]), head(order=[0.5]), head(order=["0"])),
+    "other-types": journal(head(tokens=[1, None, {}], order=[0]), answer("1", [], 0, 1, True, "512"), {"type": 1}, [],
+                           end("never"), {"type": "end"}, {"type": "save"}, {"type": "save", "files": [1, {}]}),
+    "other-words": journal(head(), answer(1, 1, "a", "father", "mother"), answer(1, 1, "a", "mother", "")),
+    "large-numbers": journal(head(), answer(1, 1, "MOV002_01.wav", rt=1e308), answer(2, 1, "MOV002_01.wav", rt=1e308)),
+    "no-order": journal(head(tokens=[], order=[]), end()),
+    "no-text": torn(b""),
+    "lines": torn(b"\n\n\r\n{}\nnull\n[\n\0\n{\"type\":\"session\"}\n"),
+    "names": journal(head(tokens=["M\u00fctter \ud83d\ude00.wav", "a\tb\n.wav"]), answer(1, 1, "\ud800")),
+    "written": written(600, 0x22, [A, B], [1, 0], [given(0, 812), given(1, 512)], FINISHED),
+    "written-on": written(900, 0x30, [A, B], [1, 0, 1], [given(0, 812), given(1, 512), given(1, 611)],
+                          bytes([1]) + FINISHED[1:5] + bytes([0]) + given(1, 999)[1:] + FINISHED[1:]),
+    "written-quit": written(900, 0x0A, [A, B], [1, 0, 0], [given(1, 812)], bytes([0, 3])),
+    "written-stopped": written(1000, 0x7D, [text("Mütter €.wav"), A], [0, 1], [given(0, 1), given(0, 2)], bytes([4])),
+    "written-nothing": written(3, 0x00, [A], [], [], bytes([2])),
 })
