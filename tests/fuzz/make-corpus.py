@@ -81,6 +81,8 @@ reader = {
     "smaller-refused": orderly(16, EDGES_16) + file(header(16, magic=b"AVI ", size=4)) + WRITE + CONVERT,
     "huge-declared": file(header(8, size=2**32 - 1) + b"12") + file(header(16, size=2**31) + b"12")
         + file(header(24, size=2**32 - 1)),
+    "other-magics": orderly(16, EDGES_16)
+        + b"".join(file(header(magic=magic, size=8) + b"12345678") for magic in (b"WAVF", b"wave", b"XAVE", b"WAVE")),
     "no-data": orderly(16, EDGES_16) + file(header(24)) + CONVERT + WRITE,
     "short-headers": orderly(16, EDGES_16) + file(header()[:43]) + file(header()[:35]) + file(header()[:12]) + file(b"R")
         + CONVERT,
