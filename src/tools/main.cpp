@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The companion program for the terminal: lists the sessions and restores their result files.
+// The companion program: what decides whether a session is worth anything, outside of the session.
 
-#include "data/Journal.h"
-#include "tools/Sessions.h"
+#include "tools/SessionsCommand.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QTextStream>
 
@@ -12,33 +10,54 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+using Command = CommandResult (*)(const QStringList &arguments);
+
+struct NamedCommand
+{
+    const char *name;
+    const char *description;
+    Command command;
+};
+
+constexpr NamedCommand commands[] = {
+    {"sessions", "find, restore and delete the sessions of this user", sessionsCommand},
+};
+
+void writeHelp(QTextStream &out)
+{
+    out << "Usage: ostrine-tools COMMAND [options]\n\nCommands (each has its own --help):\n";
+    for (const NamedCommand &command : commands)
+        out << "  " << command.name << "  " << command.description << '\n';
+}
+
+} // namespace
+
 int main(int argc, char *argv[])
 {
-    constexpr int couldNotRun = 2;
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"ostrine"_s); // names the folder of the journals
-    QCoreApplication::setApplicationVersion(QStringLiteral(OSTRINE_VERSION));
 
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        u"Lists the journals of Ostrine's sessions, and writes the result "
-        "files of a session from its journal."_s);
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.addPositionalArgument(u"sessions"_s, u"List the sessions."_s, u"sessions"_s);
-    const QCommandLineOption restore(u"restore"_s, u"Restore the session of this name."_s, u"ID"_s);
-    const QCommandLineOption to(u"to"_s, u"The records file to write."_s, u"FILE"_s);
-    parser.addOptions({restore, to});
-    parser.process(application);
-    if (parser.positionalArguments() != QStringList{u"sessions"_s} ||
-        parser.isSet(restore) != parser.isSet(to))
-        parser.showHelp(couldNotRun);
-
-    QTextStream out(stdout);
+    const QStringList arguments = QCoreApplication::arguments();
+    const QString word = arguments.value(1);
+    for (const NamedCommand &command : commands) {
+        if (word == QLatin1String(command.name)) {
+            QStringList own = arguments.mid(2);
+            own.prepend(arguments.constFirst() + u' ' + word);
+            return static_cast<int>(command.command(own));
+        }
+    }
+    if (word == "--version"_L1) {
+        QTextStream(stdout) << "ostrine-tools " << QStringLiteral(OSTRINE_VERSION) << '\n';
+        return EXIT_SUCCESS;
+    }
+    if (word == "--help"_L1 || word == "-h"_L1) {
+        QTextStream out(stdout);
+        writeHelp(out);
+        return EXIT_SUCCESS;
+    }
     QTextStream errors(stderr);
-    const QString folder = journalFolder();
-    const bool done = parser.isSet(restore)
-                          ? restoreSession(folder, parser.value(restore), parser.value(to), errors)
-                          : listSessions(folder, out, errors);
-    return done ? EXIT_SUCCESS : couldNotRun;
+    writeHelp(errors);
+    return static_cast<int>(CommandResult::CouldNotRun);
 }
