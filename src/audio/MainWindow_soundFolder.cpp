@@ -4,32 +4,12 @@
 #include "app/MainWindow.h"
 #include "app/PresentationOrder.h"
 #include "data/DesktopFolder.h"
+#include "data/TokenList.h"
 
-#include <QDir>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QMessageBox>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QList<Record> tokensIn(const QString &folder)
-{
-    QList<Record> tokens;
-    const QFileInfoList files = QDir(folder).entryInfoList();
-    for (const QFileInfo &file : files) {
-        if (!file.isFile() || file.suffix().toLower() != "wav"_L1)
-            continue;
-        Record token;
-        token.filePath = folder;
-        token.filename = file.fileName();
-        tokens.append(token);
-    }
-    return tokens;
-}
-
-} // namespace
 
 void MainWindow::selectFolder()
 {
