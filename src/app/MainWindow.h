@@ -166,6 +166,9 @@ protected:
     /// How much of the stream of audioSink the sound server has taken and played. audioSink must
     /// not be null. Virtual so that a test can take the server's place.
     virtual StreamFollower::Reading readStream() const;
+    /// Stops the sound that is playing, if there is one, and deletes its output. No end of it is
+    /// signalled. Pending events may be processed meanwhile.
+    void releaseAudioOutput();
 
     // data/MainWindow_resultFiles.cpp
     /// Each proposes and shows where the results are to go: the folder of the subject on the
@@ -330,7 +333,6 @@ private:
     void reportStop() const;
     void endSound();
     void keepTiming(StreamFollower::Time clockStart);
-    void releaseAudioOutput();
 
     // plots/MainWindow_plotSizes.cpp
     void sizeSpectrum();

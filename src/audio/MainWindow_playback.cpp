@@ -169,10 +169,10 @@ void MainWindow::keepTiming(StreamFollower::Time clockStart)
         qWarning().noquote() << "Trial" << trialIndex << "-" << problem;
 }
 
-/// Stops and deletes the output, if there is one. The members are cleared first, because deleting a
-/// sink can process events, whose handlers must not find an output that is half released.
 void MainWindow::releaseAudioOutput()
 {
+    // The members are cleared first, because deleting a sink can process events, whose handlers
+    // must not find an output that is half released.
     QAudioSink *sink = std::exchange(audioSink, nullptr);
     QBuffer *buffer = std::exchange(audioBuffer, nullptr);
     QByteArray *bytes = std::exchange(audioData, nullptr);

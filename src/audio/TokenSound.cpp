@@ -20,10 +20,15 @@ std::optional<TokenSize> tokenSize(const CWav &wav)
     return TokenSize{static_cast<qint32>(nPoints), duration};
 }
 
+bool canTakeFirstChannel(std::uint16_t numChannels)
+{
+    return numChannels == 1 || numChannels == 2;
+}
+
 bool takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave)
 {
     soundWave.resize(nPoints);
-    if (wav.numChannels != 1 && wav.numChannels != 2)
+    if (!canTakeFirstChannel(wav.numChannels))
         return false;
     for (qsizetype i = 0; i < nPoints; ++i)
         soundWave[i] = wav.samples[i * wav.numChannels];

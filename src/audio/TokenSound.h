@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QList>
 
+#include <cstdint>
 #include <optional>
 #include <span>
 
@@ -25,8 +26,12 @@ struct TokenSize
 /// longestToken seconds of them.
 std::optional<TokenSize> tokenSize(const CWav &wav);
 
-/// Makes @p soundWave @p nPoints long and copies the first channel of @p wav into it. With more
-/// than two channels nothing is copied, the list keeps what it held, and the answer is false.
+/// Whether a sound of @p numChannels channels is presented: mono is, and stereo by its left
+/// channel.
+bool canTakeFirstChannel(std::uint16_t numChannels);
+
+/// Makes @p soundWave @p nPoints long and copies the first channel of @p wav into it. When it
+/// cannot be taken, nothing is copied, the list keeps what it held, and the answer is false.
 bool takeFirstChannel(const CWav &wav, qint32 nPoints, QList<double> &soundWave);
 
 /// @p soundWave as 32-bit floats in native byte order, unscaled and unclipped, with @p before zeros
