@@ -5,6 +5,7 @@
 #include "app/MainWindow.h"
 #include "audio/PresentationDelay.h"
 #include "audio/TokenMemory.h"
+#include "audio/UnendingBuffer.h"
 #include "subject/SubjectWindow.h"
 
 #include <QAudioDevice>
@@ -100,7 +101,7 @@ void MainWindow::playOneSound()
     const qint64 before = streamFollower.progress().leadingSilence(soundWave.size());
     const auto behind = audioOutputFormat.framesForDuration(trailingSilence.count());
     audioData = new QByteArray(playbackBytes(before, soundWave, behind));
-    audioBuffer = new QBuffer(audioData);
+    audioBuffer = new UnendingBuffer(audioData);
     audioBuffer->open(QIODevice::ReadOnly);
     audioSink = new QAudioSink(QMediaDevices::defaultAudioOutput(), audioOutputFormat, this);
     connect(audioSink, SIGNAL(stateChanged(QAudio::State)), this,

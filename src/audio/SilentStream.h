@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QBuffer>
+#include "audio/UnendingBuffer.h"
 
 #include <memory>
 
@@ -27,6 +27,6 @@ public:
     SilentStream &operator=(const SilentStream &) = delete;
 
 private:
-    QBuffer m_silence;
+    UnendingBuffer m_silence;
     std::unique_ptr<QAudioSink> m_sink; ///< reads m_silence
 };

@@ -203,7 +203,7 @@ void TestFaults::aServerThatDiesWhilePlayingEnablesNoAnswer()
     // Qt 6.4 hangs for good when the server vanishes while it feeds the output. By then all of the
     // stream is in the buffer, and nothing is fed any more.
     QVERIFY(awaitTaken(nSamples / 2));
-    QVERIFY(m_window->audioBuffer->atEnd());
+    QCOMPARE(m_window->audioBuffer->pos(), m_window->audioBuffer->size());
     QVERIFY(m_server.kill());
     QVERIFY(awaitFailure());
     QVERIFY(m_server.start());

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "audio/SilentStream.h"
 #include "audio/StreamProgress.h"
 #include "subject/SubjectWindow.h"
 #include "support/GuiTestMain.h"
@@ -19,6 +20,25 @@
 #include <memory>
 #include <vector>
 
+#include <dlfcn.h>
+
+namespace {
+
+int drains = 0; ///< how often a sink has asked to be told when its stream has been played out
+
+} // namespace
+
+/// Takes the place of the sound server's library for every caller in this process, and passes the
+/// call on.
+extern "C" void *pa_stream_drain(void *stream, void *callback, void *receiver)
+{
+    if (receiver != nullptr)
+        ++drains;
+    using Drain = void *(*)(void *, void *, void *);
+    static const auto next = reinterpret_cast<Drain>(dlsym(RTLD_NEXT, "pa_stream_drain"));
+    return next(stream, callback, receiver);
+}
+
 namespace {
 
 constexpr int sampleRate = 48000;
@@ -33,6 +53,7 @@ class TestPlayback : public QObject
 private slots:
     void aTokenIsHeardWhole_data();
     void aTokenIsHeardWhole();
+    void noAnswerOfTheServerIsOwedToASinkThatIsGone();
     void anUnderrunDoesNotEndTheToken();
     void aProgramHeldUpAtTheEndTellsItOnce();
     void anOutputStoppedBeforeTheEndEnablesNoAnswer();
@@ -97,6 +118,27 @@ void TestPlayback::aTokenIsHeardWhole()
         qInfo().noquote() << heard.text() << "- once more";
         ++gaps;
     }
+}
+
+// Catches a sink that is deleted while the server still owes it an answer. The server's thread
+// hands that to the deleted sink, and once in many times the program ends by it.
+void TestPlayback::noAnswerOfTheServerIsOwedToASinkThatIsGone()
+{
+    drains = 0;
+    {
+        OperatorWindow window;
+        QSignalSpy playing(&window, &MainWindow::soundPlaying);
+        SilentStream silence(window.audioOutputFormat);
+        window.soundWave = noise(sampleRate / 4, 1);
+        window.playOneSound();
+        QVERIFY(playing.wait(endTimeout));
+        QCOMPARE(playing.size(), 2);
+        QTest::qWait(1000); // the silence behind the token, and that of the silent stream
+        window.playCount = 0;
+        window.playOneSound();
+        QTest::qWait(200);
+    }
+    QCOMPARE(drains, 0);
 }
 
 // Catches an output that ran dry for a moment being taken for the end of the sound.
