@@ -42,6 +42,17 @@ QJsonObject toJson(const PresentationTiming &timing)
             {"longestBlindness"_L1, timing.longestBlindness}};
 }
 
+PresentationTiming presentationTimingFromJson(const QJsonObject &json)
+{
+    return {.firstTaken = json.value("firstTaken"_L1).toDouble(),
+            .lastTaken = json.value("lastTaken"_L1).toDouble(),
+            .tokenEnd = json.value("tokenEnd"_L1).toDouble(),
+            .clockStart = json.value("clockStart"_L1).toDouble(),
+            .block = json.value("block"_L1).toDouble(),
+            .serverDelay = json.value("serverDelay"_L1).toDouble(),
+            .longestBlindness = json.value("longestBlindness"_L1).toDouble()};
+}
+
 QString timingProblem(const PresentationTiming &timing)
 {
     QStringList problems;

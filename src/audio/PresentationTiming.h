@@ -31,6 +31,9 @@ PresentationTiming presentationTiming(const StreamProgress &progress, StreamProg
 /// The members of @p timing under their names.
 QJsonObject toJson(const PresentationTiming &timing);
 
+/// The timing that toJson() has made @p json of. A member that is missing is 0.
+PresentationTiming presentationTimingFromJson(const QJsonObject &json);
+
 /// What the operator must know about @p timing, in one sentence; empty when all was well. The
 /// reaction clock may be up to 5 ms late, and the sound server up to half a block; a server that is
 /// later has probably left a gap in the sound.

@@ -2,7 +2,6 @@
 #include "tools/Command.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QTextStream>
 
 #include <cstdio>
@@ -30,8 +29,7 @@ std::optional<CommandResult> parseArguments(QCommandLineParser &parser,
         return CommandResult::NothingFound;
     }
     if (understood && parser.isSet(version)) {
-        out << QCoreApplication::applicationName() << ' ' << QStringLiteral(OSTRINE_VERSION)
-            << '\n';
+        out << "ostrine-tools " << QStringLiteral(OSTRINE_VERSION) << '\n';
         return CommandResult::NothingFound;
     }
     if (!understood) {
@@ -61,7 +59,7 @@ QString tableText(const QString &text)
         else if (character == u'\r')
             shown += "\\r"_L1;
         else if (character.category() == QChar::Other_Control)
-            shown += u"\\x%1"_s.arg(character.unicode(), 2, 16, QChar(u'0'));
+            shown += u"\\x%1"_s.arg(int{character.unicode()}, 2, 16, QChar(u'0'));
         else
             shown += character;
     }

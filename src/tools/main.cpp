@@ -2,8 +2,9 @@
 // The companion program: what decides whether a session is worth anything, outside of the session.
 
 #include "tools/SessionsCommand.h"
+#include "tools/ToolsWindow.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QTextStream>
 
 #include <cstdio>
@@ -27,18 +28,25 @@ constexpr NamedCommand commands[] = {
 
 void writeHelp(QTextStream &out)
 {
-    out << "Usage: ostrine-tools COMMAND [options]\n\nCommands (each has its own --help):\n";
+    out << "Usage: ostrine-tools [COMMAND [options]]\n\nWithout a command the window opens. "
+           "Commands (each has its own --help):\n";
     for (const NamedCommand &command : commands)
         out << "  " << command.name << "  " << command.description << '\n';
 }
 
-} // namespace
+/// Shows the window until it is closed.
+int showWindow(int argc, char *argv[])
+{
+    const QApplication application(argc, argv);
+    ToolsWindow window;
+    window.show();
+    return QApplication::exec();
+}
 
-int main(int argc, char *argv[])
+/// Runs the command that the arguments begin with.
+int runCommand(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(u"ostrine"_s); // names the folder of the journals
-
     const QStringList arguments = QCoreApplication::arguments();
     const QString word = arguments.value(1);
     for (const NamedCommand &command : commands) {
@@ -60,4 +68,12 @@ int main(int argc, char *argv[])
     QTextStream errors(stderr);
     writeHelp(errors);
     return static_cast<int>(CommandResult::CouldNotRun);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication::setApplicationName(u"ostrine"_s); // names the folder of the journals
+    return argc > 1 ? runCommand(argc, argv) : showWindow(argc, argv);
 }
