@@ -34,9 +34,22 @@ void writeHelp(QTextStream &out)
         out << "  " << command.name << "  " << command.description << '\n';
 }
 
+/// Whether Qt, which ends the program otherwise, has been told where to show a window.
+bool hasDisplay()
+{
+    const auto isSet = [](const char *name) { return !qEnvironmentVariableIsEmpty(name); };
+    return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
+}
+
 /// Shows the window until it is closed.
 int showWindow(int argc, char *argv[])
 {
+    if (!hasDisplay()) {
+        QTextStream errors(stderr);
+        errors << "There is no display to show the window on.\n\n";
+        writeHelp(errors);
+        return static_cast<int>(CommandResult::CouldNotRun);
+    }
     const QApplication application(argc, argv);
     ToolsWindow window;
     window.show();

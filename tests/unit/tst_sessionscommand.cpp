@@ -60,8 +60,8 @@ TestSessionsCommand::Result TestSessionsCommand::run(const QStringList &argument
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("XDG_DATA_HOME", m_home->path());
-    environment.remove("DISPLAY");
-    environment.remove("WAYLAND_DISPLAY");
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(name);
     process.setProcessEnvironment(environment);
     process.start(OSTRINE_TOOLS, arguments);
     process.write(input);
@@ -108,6 +108,7 @@ void TestSessionsCommand::helpAndVersionAreTold()
 void TestSessionsCommand::aMistakeIsNoFinding_data()
 {
     QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("a window without a display") << QStringList();
     QTest::newRow("unknown command") << QStringList{"session"};
     QTest::newRow("unknown option") << QStringList{"sessions", "--nonsense"};
     QTest::newRow("an argument too many") << QStringList{"sessions", "CHD001"};
