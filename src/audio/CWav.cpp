@@ -98,46 +98,44 @@ CWav::~CWav()
 
 bool CWav::LoadWav(std::string filename)
 {
-    std::ifstream file = openRegularFile(filename);
-    if (!file.is_open()) {
-        reportError("Unable to open WAV file: ", filename);
-        return false;
-    }
-    file.read(reinterpret_cast<char *>(this), headerSize);
-    if (file.gcount() == 0) {
-        reportError("Header size is zero. ", filename);
-        return false;
-    }
-    if (std::memcmp(waveHeader, "WAVE", sizeof(waveHeader)) != 0) {
-        reportError("Not a WAV file: ", filename);
-        return false;
-    }
-    if (audioFormat != 1) {
-        reportError("Not a PCM (linear quantitation) WAV file: ", filename);
-        return false;
-    }
-    if (bitsPerSample != 8 && bitsPerSample != 16 && bitsPerSample != 24) {
-        reportError("Not a 8-bit, 16-bit, or 24-bit WAV file: ", filename);
-        return false;
-    }
-    numSamples = dataSize / (bitsPerSample / 8U);
+    const char *const refusal = loadQuietly(*this, filename);
+    if (refusal != nullptr)
+        reportError(refusal, filename);
+    return refusal == nullptr;
+}
 
-    if (dataSize != 0) {
+const char *loadQuietly(CWav &wav, const std::string &filename)
+{
+    std::ifstream file = openRegularFile(filename);
+    if (!file.is_open())
+        return "Unable to open WAV file: ";
+    file.read(reinterpret_cast<char *>(&wav), headerSize);
+    if (file.gcount() == 0)
+        return "Header size is zero. ";
+    if (std::memcmp(wav.waveHeader, "WAVE", sizeof(wav.waveHeader)) != 0)
+        return "Not a WAV file: ";
+    if (wav.audioFormat != 1)
+        return "Not a PCM (linear quantitation) WAV file: ";
+    if (wav.bitsPerSample != 8 && wav.bitsPerSample != 16 && wav.bitsPerSample != 24)
+        return "Not a 8-bit, 16-bit, or 24-bit WAV file: ";
+    wav.numSamples = wav.dataSize / (wav.bitsPerSample / 8U);
+
+    if (wav.dataSize != 0) {
         // A header may declare up to 4 GiB that the file does not hold. Only the bytes that exist
         // are allocated and read; the conversion then finds them incomplete.
         file.clear();
-        bytesRead = std::min<std::int64_t>(dataSize, remainingBytes(file));
-        if (bytesRead > 0) {
-            void *grown = std::realloc(rawData, static_cast<std::size_t>(bytesRead));
+        wav.bytesRead = std::min<std::int64_t>(wav.dataSize, remainingBytes(file));
+        if (wav.bytesRead > 0) {
+            void *grown = std::realloc(wav.rawData, static_cast<std::size_t>(wav.bytesRead));
             if (grown == nullptr)
                 throw std::bad_alloc();
-            rawData = static_cast<char *>(grown);
-            file.read(rawData, bytesRead);
-            bytesRead = file.gcount();
+            wav.rawData = static_cast<char *>(grown);
+            file.read(wav.rawData, wav.bytesRead);
+            wav.bytesRead = file.gcount();
         }
-        ConvertData();
+        wav.ConvertData();
     }
-    return true;
+    return nullptr;
 }
 
 double *CWav::ConvertData()

@@ -67,3 +67,8 @@ public:
     double *samples = nullptr;        ///< first element of sampleVector after a conversion
     std::vector<double> sampleVector; ///< the converted samples
 };
+
+/// Loads the file @p filename into @p wav as CWav::LoadWav() does, but prints nothing: returns the
+/// message that LoadWav() prints before the name of a file that it refuses, and null when the file
+/// has been loaded.
+const char *loadQuietly(CWav &wav, const std::string &filename);

@@ -62,6 +62,12 @@ qint64 tokenMemory(const std::string &path)
     return tokenMemory(header, file.tellg());
 }
 
+qint64 mostTokenMemory(qint64 fileSize)
+{
+    // A point per byte, and the power of two above is less than twice as many.
+    return fileSize * (1 + perSample + perPoint + 2 * perTransformPoint);
+}
+
 qint64 reusableMemory(qint64 tokenMemory)
 {
     return tokenMemory / 3;

@@ -14,6 +14,9 @@ qint64 tokenMemory(QByteArrayView header, qint64 fileSize);
 /// The same for the file @p path (UTF-8), of which only the header is read; 0 when that fails.
 qint64 tokenMemory(const std::string &path);
 
+/// What no token of a file of @p fileSize bytes exceeds, whatever its header says.
+qint64 mostTokenMemory(qint64 fileSize);
+
 /// The part of @p tokenMemory that the next token can certainly use again: what a token still holds
 /// when it has been shown is used for the next one, or given back.
 qint64 reusableMemory(qint64 tokenMemory);

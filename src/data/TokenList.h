@@ -10,3 +10,21 @@
 /// link to one, whose last suffix is "wav" in any case. Empty for a folder that cannot be read; an
 /// empty name means the working directory.
 QList<Record> tokensIn(const QString &folder);
+
+/// An entry of a folder that is none of its tokens, and why.
+struct LeftOut
+{
+    enum Reason {
+        Folder,      ///< it is a folder, or a link to one
+        OtherSuffix, ///< its name does not end as that of a token
+        Hidden,      ///< its name begins with a dot
+        Special,     ///< it is a pipe, a device, a link to nothing or the like
+    };
+
+    QString name;
+    Reason reason;
+};
+
+/// The entries of @p folder that are not among @p tokens, which tokensIn() has listed there, in the
+/// same order.
+QList<LeftOut> leftOutOf(const QString &folder, const QList<Record> &tokens);

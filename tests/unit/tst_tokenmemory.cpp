@@ -79,7 +79,8 @@ void TestTokenMemory::wholeTokensTakeAtLeastWhatWasMeasured_data()
 }
 
 // Catches an estimate below what has been measured, one that overflows or that counts the samples
-// of one channel alone, and one so far above it that tokens would be refused without need.
+// of one channel alone, and one so far above it that tokens would be refused without need; also a
+// bound that a token exceeds.
 void TestTokenMemory::wholeTokensTakeAtLeastWhatWasMeasured()
 {
     QFETCH(const int, channels);
@@ -95,6 +96,7 @@ void TestTokenMemory::wholeTokensTakeAtLeastWhatWasMeasured()
     const qint64 withRest =
         tokenMemory(header(channels, bits, dataSize) + "LIST", headerSize + dataSize + 5000);
     QCOMPARE(withRest, memory);
+    QVERIFY(mostTokenMemory(headerSize + dataSize) >= memory);
 }
 
 void TestTokenMemory::tokensThatAreNotConvertedTakeTheirBytes_data()
