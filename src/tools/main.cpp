@@ -2,6 +2,7 @@
 // The companion program: what decides whether a session is worth anything, outside of the session.
 
 #include "tools/SessionsCommand.h"
+#include "tools/TokensCommand.h"
 #include "tools/ToolsWindow.h"
 
 #include <QApplication>
@@ -23,6 +24,7 @@ struct NamedCommand
 };
 
 constexpr NamedCommand commands[] = {
+    {"tokens", "check the tokens in a folder", tokensCommand},
     {"sessions", "find, restore and delete the sessions of this user", sessionsCommand},
 };
 
