@@ -2,6 +2,7 @@
 #include "tools/ToolsWindow.h"
 
 #include "tools/SessionsPage.h"
+#include "tools/TokensPage.h"
 
 #include <QTabBar>
 #include <QTabWidget>
@@ -20,6 +21,7 @@ ToolsWindow::ToolsWindow(QWidget *parent)
     setWindowTitle(u"Ostrine Tools"_s);
     auto *pages = new QTabWidget;
     pages->tabBar()->setAccessibleName(u"Pages"_s);
+    pages->addTab(new TokensPage, u"Tokens"_s);
     pages->addTab(new SessionsPage, u"Sessions"_s);
     setCentralWidget(pages);
     resize(firstSize);
