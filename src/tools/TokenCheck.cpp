@@ -104,7 +104,8 @@ public:
         std::thread second([this] { work([] { return true; }); });
         work([&] { return progress(std::min(m_next.load(), nTokens), nTokens); });
         second.join();
-        return !m_isStopped;
+        // The other thread may have checked all of them.
+        return !m_isStopped && progress(nTokens, nTokens);
     }
 
 private:

@@ -13,6 +13,7 @@
 #include <QLineSeries>
 #include <QPushButton>
 #include <QSplitter>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QValueAxis>
 
@@ -111,6 +112,11 @@ bool TestSessionsPage::open()
 {
     m_window = std::make_unique<ToolsWindow>();
     m_window->show();
+    auto *pages = m_window->findChild<QTabWidget *>();
+    for (int page = 0; page < pages->count(); ++page) {
+        if (pages->tabText(page) == "Sessions")
+            pages->setCurrentIndex(page);
+    }
     return QTest::qWaitFor([this] { return button("Re&fresh")->isEnabled(); });
 }
 
