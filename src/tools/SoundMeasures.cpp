@@ -12,51 +12,39 @@ using Pair [[gnu::vector_size(2 * sizeof(double))]] = double;
 
 struct Sums
 {
-    Pair min;
-    Pair max;
     Pair sum = {};
     Pair squares = {};
-
-    explicit Sums(double first)
-        : min{first, first}
-        , max{first, first}
-    {
-    }
+    Pair largest = {}; ///< square
 
     void add(Pair values)
     {
-        min = values < min ? values : min;
-        max = values > max ? values : max;
+        const Pair square = values * values;
         sum += values;
-        squares += values * values;
+        squares += square;
+        largest = square > largest ? square : largest;
     }
 
     void add(const Sums &other)
     {
-        min = other.min < min ? other.min : min;
-        max = other.max > max ? other.max : max;
         sum += other.sum;
         squares += other.squares;
+        largest = other.largest > largest ? other.largest : largest;
     }
 };
 
 template<typename At>
 Sums sumUp(qsizetype n, At at)
 {
-    Sums sums(at(0));
-    Sums others(at(0)); // so that one addition need not wait for the other
+    Sums sums;
+    Sums others; // so that one addition need not wait for the other
     qsizetype i = 0;
     for (; i + 4 <= n; i += 4) {
         sums.add(Pair{at(i), at(i + 1)});
         others.add(Pair{at(i + 2), at(i + 3)});
     }
     sums.add(others);
-    for (; i < n; ++i) {
-        Sums single(at(i));
-        single.sum[0] = at(i);
-        single.squares[0] = at(i) * at(i);
-        sums.add(single);
-    }
+    for (; i < n; ++i)
+        sums.add(Pair{at(i), 0});
     return sums;
 }
 
@@ -86,8 +74,7 @@ SoundMeasures measure(qsizetype n, At at, double limit)
     const auto count = static_cast<double>(n);
     SoundMeasures result;
     result.nSamples = n;
-    result.min = std::min(sums.min[0], sums.min[1]);
-    result.max = std::max(sums.max[0], sums.max[1]);
+    result.peak = std::sqrt(std::max(sums.largest[0], sums.largest[1])); // squares are exact
     result.mean = (sums.sum[0] + sums.sum[1]) / count;
     result.rms = std::sqrt((sums.squares[0] + sums.squares[1]) / count);
     result.last = at(n - 1);
@@ -96,17 +83,12 @@ SoundMeasures measure(qsizetype n, At at, double limit)
         ++result.silentAtStart;
     while (result.silentAtEnd < n && isSilence(n - 1 - result.silentAtEnd))
         ++result.silentAtEnd;
-    if (result.peak() >= limit)
+    if (result.peak >= limit)
         result.clipped = clippedSamples(n, at, limit);
     return result;
 }
 
 } // namespace
-
-double SoundMeasures::peak() const
-{
-    return std::max(std::abs(min), std::abs(max));
-}
 
 SoundMeasures measureSound(std::span<const double> samples, qsizetype stride, double limit)
 {

@@ -16,8 +16,7 @@ inline constexpr qsizetype shortestClip = 3;
 struct SoundMeasures
 {
     qsizetype nSamples = 0;
-    double min = 0;
-    double max = 0;
+    double peak = 0; ///< the largest magnitude
     double mean = 0;
     double rms = 0;              ///< root mean square, of all samples; a full-scale sine has 0.707
     double last = 0;             ///< the last sample
@@ -25,7 +24,6 @@ struct SoundMeasures
     qsizetype silentAtEnd = 0;   ///< the same at the end; both are all samples of a silent sound
     qsizetype clipped = 0;       ///< samples in runs of at least shortestClip at the limit
 
-    double peak() const;
     bool isSilent() const { return silentAtStart == nSamples; }
 
     bool operator==(const SoundMeasures &) const = default;

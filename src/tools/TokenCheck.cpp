@@ -164,8 +164,8 @@ bool checkContents(const QString &folder, QList<CheckedToken> &tokens,
 {
     const auto key = [](const CheckedToken &token) {
         const SoundMeasures &sound = token.measures;
-        return std::tuple(token.fileSize, sound.nSamples, sound.min, sound.max, sound.mean,
-                          sound.rms, sound.last);
+        return std::tuple(token.fileSize, sound.nSamples, sound.peak, sound.mean, sound.rms,
+                          sound.last);
     };
     std::vector<CheckedToken *> sorted;
     for (CheckedToken &token : tokens) {

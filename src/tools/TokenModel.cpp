@@ -137,7 +137,7 @@ QVariant TokenModel::data(const QModelIndex &index, int role) const
     case TokenColumn::Duration:
         return token.duration;
     case TokenColumn::Peak:
-        return token.measures.peak();
+        return token.measures.peak;
     case TokenColumn::Rms:
         return token.measures.rms;
     case TokenColumn::Findings:

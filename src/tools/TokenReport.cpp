@@ -81,7 +81,7 @@ QJsonObject tokenToJson(const CheckedToken &token)
             {"bits"_L1, unlessZeroJson(token.bits)},
             {"channels"_L1, unlessZeroJson(token.channels)},
             {"durationMs"_L1, unlessZeroJson(token.duration * 1000)},
-            {"peakDbfs"_L1, levelJson(sound.peak())},
+            {"peakDbfs"_L1, levelJson(sound.peak)},
             {"rmsDbfs"_L1, levelJson(sound.rms)},
             {"findings"_L1, findingsToJson(token.findings)}};
 }
@@ -133,7 +133,7 @@ QString tokenField(const CheckedToken &token, TokenColumn column)
     case TokenColumn::Duration:
         return token.isPresented() ? QString::number(token.duration * 1000, 'f', 3) : QString();
     case TokenColumn::Peak:
-        return token.isPresented() ? levelText(token.measures.peak()) : QString();
+        return token.isPresented() ? levelText(token.measures.peak) : QString();
     case TokenColumn::Rms:
         return token.isPresented() ? levelText(token.measures.rms) : QString();
     case TokenColumn::Findings:

@@ -610,7 +610,7 @@ void TestTokenCheck::eachTokenHasTheMeasuresOfItsOwnFile()
         const CheckedToken &token = folder.tokens.at(i);
         QCOMPARE(token.number, i + 1);
         QCOMPARE(token.measures.nSamples, 500 + i);
-        QVERIFY(std::abs(token.measures.max - (5000 + 10 * i) / 32768.0) < 0.001);
+        QVERIFY(std::abs(token.measures.peak - (5000 + 10 * i) / 32768.0) < 0.001);
         QCOMPARE(token.duration, (500 + i) / 48000.0);
         QCOMPARE(token.rate, 48000U);
         QCOMPARE(token.bits, 16);
@@ -690,7 +690,7 @@ void TestTokenCheck::measuresAreThoseOfEachSample()
         std::vector<double> samples(static_cast<std::size_t>(n * stride), 99.0);
         std::vector<double> own;
         for (int i = 0; i < n; ++i) {
-            own.push_back(i == extreme ? -0.75 : (i % 7 - 2) / 16.0);
+            own.push_back(i == extreme ? (n % 2 == 0 ? 0.75 : -0.75) : (i % 7 - 2) / 16.0);
             samples[static_cast<std::size_t>(i * stride)] = own.back();
         }
         double sum = 0;
@@ -701,9 +701,7 @@ void TestTokenCheck::measuresAreThoseOfEachSample()
         }
         const SoundMeasures measures = measureSound(samples, stride, 0.99);
         QCOMPARE(measures.nSamples, n);
-        QCOMPARE(measures.min, -0.75);
-        QCOMPARE(measures.max, *std::ranges::max_element(own));
-        QCOMPARE(measures.peak(), 0.75);
+        QCOMPARE(measures.peak, 0.75);
         QVERIFY(std::abs(measures.mean - sum / n) < 1e-12);
         QVERIFY(std::abs(measures.rms - std::sqrt(squares / n)) < 1e-12);
         QCOMPARE(measures.last, own.back());
