@@ -3,8 +3,8 @@
 
 #include "data/ResultFiles.h"
 #include "tools/Command.h"
+#include "tools/ContentHash.h"
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -21,16 +21,13 @@ namespace {
 
 constexpr auto journalSuffix = ".jsonl"_L1;
 
-/// A pipe or a device is not opened: that could wait for ever.
-bool openRegular(QFile &file)
-{
-    return QFileInfo(file.fileName()).isFile() && file.open(QIODevice::ReadOnly);
-}
-
 std::optional<JournaledSession> readJournalFile(const QString &path)
 {
     QFile file(path);
-    return openRegular(file) ? readJournal(file.readAll()) : std::nullopt;
+    // A pipe is not opened: that would wait for its writer.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return readJournal(file.readAll());
 }
 
 /// The path of the journal @p name in @p folder. A name with a folder in it, which could lead to
@@ -43,14 +40,6 @@ QString journalPath(const QString &folder, const QString &name)
 QString notAJournal(const QString &folder, const QString &name)
 {
     return u"There is no journal named %1 in %2, or it cannot be read."_s.arg(name, folder);
-}
-
-/// The SHA-256 of the file @p path in hexadecimal; empty when it cannot be read.
-QByteArray contentHash(const QString &path)
-{
-    QFile file(path);
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    return openRegular(file) && hash.addData(&file) ? hash.result().toHex() : QByteArray();
 }
 
 /// The files of the last save of @p session that wrote one, without those that failed.

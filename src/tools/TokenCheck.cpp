@@ -7,10 +7,9 @@
 #include "audio/TokenMemory.h"
 #include "audio/TokenSound.h"
 #include "data/Data.h"
+#include "tools/ContentHash.h"
 
-#include <QCryptographicHash>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 
@@ -146,16 +145,6 @@ private:
     std::mutex m_largeMutex;
     Reader m_large; ///< of large files, used under the mutex
 };
-
-/// The SHA-256 of a file; empty when it cannot be read.
-QByteArray contentHash(const QString &path)
-{
-    QFile file(path);
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    if (!file.open(QIODevice::ReadOnly) || !hash.addData(&file))
-        return {};
-    return hash.result();
-}
 
 /// Finds files of the same content. Only those are read again that are alike in size and sound:
 /// to read and hash all of them would take several times as long as the check.
