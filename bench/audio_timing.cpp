@@ -12,9 +12,11 @@
 #include "support/ModalAnswer.h"
 #include "support/Noise.h"
 #include "support/OperatorWindow.h"
-#include "support/OtherPrograms.h"
-#include "support/Recording.h"
 #include "support/WavFile.h"
+#include "timing/OtherPrograms.h"
+#include "timing/Play.h"
+#include "timing/SoundRecorder.h"
+#include "timing/Statistics.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -34,25 +36,14 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <functional>
-#include <limits>
 #include <optional>
-#include <span>
 #include <vector>
 
 namespace {
 
-constexpr int rate = 48000;
 constexpr size_t otherPeriod = 256; ///< samples, of another program that uses sound
-
-double nowMs()
-{
-    return std::chrono::duration<double, std::milli>(
-               std::chrono::steady_clock::now().time_since_epoch())
-        .count();
-}
 
 /// Runs the event loop as the program does, for @p ms or until @p done holds; returns whether it
 /// did. Qt Test's own functions sleep between events, which would delay the program.
@@ -75,45 +66,14 @@ void wait(int ms)
     waitFor([] { return false; }, ms);
 }
 
-/// Opens a recording of the output's monitor that hands over @p fragmentSize samples at a time.
-pa_simple *openMonitor(const char *program, size_t fragmentSize)
-{
-    const pa_sample_spec format = {PA_SAMPLE_FLOAT32LE, rate, 1};
-    constexpr auto unset = std::numeric_limits<std::uint32_t>::max();
-    const pa_buffer_attr buffer = {unset, unset, unset, unset,
-                                   static_cast<std::uint32_t>(fragmentSize * sizeof(float))};
-    return pa_simple_new(nullptr, program, PA_STREAM_RECORD, "out.monitor", "recording", &format,
-                         nullptr, &buffer, nullptr);
-}
-
-/// What the recording process writes: 64 samples and when they arrived.
-struct Fragment
-{
-    double arrival;
-    std::array<float, 64> samples;
-};
-
-/// Writes a recording of the output's monitor to the standard output, until the process is ended.
-int record()
-{
-    pa_simple *const stream =
-        openMonitor("recorder", std::tuple_size_v<decltype(Fragment::samples)>);
-    Fragment fragment;
-    while (stream != nullptr && pa_simple_read(stream, fragment.samples.data(),
-                                               sizeof(fragment.samples), nullptr) == 0) {
-        fragment.arrival = nowMs();
-        std::fwrite(&fragment, sizeof(fragment), 1, stdout);
-        std::fflush(stdout);
-    }
-    return EXIT_FAILURE;
-}
+constexpr auto monitor = "out.monitor";
 
 /// Another program that uses sound: it records the output in periods of @c otherPeriod samples and
 /// discards them, until it is ended.
 int listen()
 {
     std::array<float, otherPeriod> samples;
-    pa_simple *const stream = openMonitor("listener", samples.size());
+    pa_simple *const stream = openRecording("listener", monitor, samples.size());
     while (stream != nullptr &&
            pa_simple_read(stream, samples.data(), sizeof(samples), nullptr) == 0) {
     }
@@ -165,78 +125,33 @@ private:
     QString m_before;
 };
 
-/// A recording of the output that tells when each sample was played. The recording process also
-/// stamps the samples, so that what this program does meanwhile does not affect the stamps.
-class StampedRecording
+/// A recording of the output, from now on.
+class OutputRecording
 {
 public:
-    StampedRecording()
+    OutputRecording()
     {
-        if (!m_recording.isRunning())
+        constexpr int longestStart = 10000; // ms
+        const auto begins = [this] {
+            m_recording.append(m_recorder.newFragments());
+            return !m_recording.samples().empty();
+        };
+        if (!waitFor(begins, longestStart))
             qFatal("nothing is recorded");
     }
 
-    /// Loads what has been recorded until now.
-    void finish()
+    /// What has been recorded until now.
+    const StampedRecording &finish()
     {
         constexpr int settle = 500; // ms, what has been played must have arrived
-        for (const Fragment &fragment : m_recording.items<Fragment>(settle)) {
-            m_arrivals.push_back(fragment.arrival);
-            m_samples.insert(m_samples.end(), fragment.samples.begin(), fragment.samples.end());
-        }
-    }
-
-    std::span<const float> samples() const { return m_samples; }
-
-    /// The position of the first sample that arrived after @p time.
-    size_t positionAt(double time) const
-    {
-        const auto arrival = std::lower_bound(m_arrivals.begin(), m_arrivals.end(), time);
-        return static_cast<size_t>(arrival - m_arrivals.begin()) * fragmentSize;
-    }
-
-    /// When the sample before @p position was over. The samples of one period of the server arrive
-    /// at once: not before the period is over, but later if the recording process is held up. Of
-    /// what arrived around the position, the earliest gives the time of all, by the sampling rate.
-    double timeOf(size_t position) const
-    {
-        constexpr auto around = static_cast<size_t>(300 / fragmentDuration);
-        const size_t fragment = position / fragmentSize;
-        const size_t last = std::min(fragment + around, m_arrivals.size());
-        double time = std::numeric_limits<double>::infinity();
-        for (size_t i = fragment - std::min(fragment, around); i < last; ++i) {
-            const auto distance =
-                static_cast<double>(position) - static_cast<double>((i + 1) * fragmentSize);
-            time = std::min(time, m_arrivals[i] + distance * 1000 / rate);
-        }
-        return time;
-    }
-
-    /// Whether the server's periods arrived as regularly from @p from to @p to as they are played.
-    /// If not, the machine was held up, and neither the sound nor its times can be relied on.
-    bool isRegular(double from, double to) const
-    {
-        constexpr double tolerance = 2; // ms
-        size_t first = 0;               // of the period
-        for (size_t i = 0; i + 1 < m_arrivals.size() && m_arrivals[i] < to; ++i) {
-            if (m_arrivals[i + 1] - m_arrivals[i] < fragmentDuration / 2)
-                continue;
-            const double played = static_cast<double>(i + 1 - first) * fragmentDuration;
-            if (first > 0 && m_arrivals[i] > from &&
-                std::abs(m_arrivals[i] - m_arrivals[first - 1] - played) > tolerance)
-                return false;
-            first = i + 1;
-        }
-        return true;
+        wait(settle);
+        m_recording.append(m_recorder.newFragments());
+        return m_recording;
     }
 
 private:
-    static constexpr size_t fragmentSize = std::tuple_size_v<decltype(Fragment::samples)>;
-    static constexpr double fragmentDuration = 1000.0 * fragmentSize / rate;
-
-    const Recording m_recording{QCoreApplication::applicationFilePath(), {"--record"}};
-    std::vector<double> m_arrivals; ///< of each fragment
-    std::vector<float> m_samples;
+    SoundRecorder m_recorder{monitor};
+    StampedRecording m_recording;
 };
 
 /// Notes when a timer of the program fired last.
@@ -251,75 +166,12 @@ protected:
     bool eventFilter(QObject *, QEvent *event) override
     {
         if (event->type() == QEvent::Timer)
-            m_lastFired = nowMs();
+            m_lastFired = monotonicMs();
         return false;
     }
 
 private:
     double m_lastFired = 0;
-};
-
-/// What was measured of one play.
-struct Play
-{
-    double due = 0;     ///< when the presentation was to begin
-    double begun = 0;   ///< when it began: when the timer fired in which soundPlaying(1) came
-    double started = 0; ///< soundPlaying(1)
-    double ended = 0;   ///< soundPlaying(-1)
-    QList<double> token;
-    PresentationTiming timing; ///< what the program says of it
-};
-
-/// What was heard of a play, and when.
-struct HeardPlay
-{
-    HeardToken token;
-    double first = 0; ///< when the first sample was over
-    double end = 0;   ///< when the last one was over
-};
-
-/// Finds a play in the recording.
-HeardPlay find(const StampedRecording &recording, const Play &play)
-{
-    const size_t from = recording.positionAt(play.due);
-    const size_t to = recording.positionAt(play.ended + 400);
-    HeardPlay heard;
-    heard.token = findToken(recording.samples().subspan(from, to - from), play.token);
-    if (heard.token.nSamples > 0) {
-        heard.first = recording.timeOf(from + heard.token.first + 1);
-        heard.end = recording.timeOf(from + heard.token.last + 1);
-    }
-    return heard;
-}
-
-/// Mean, standard deviation, smallest and largest value.
-class Statistics
-{
-public:
-    void add(double value) { m_values.push_back(value); }
-
-    size_t count() const { return m_values.size(); }
-
-    QString text() const
-    {
-        if (m_values.empty())
-            return "none";
-        if (m_values.size() == 1)
-            return QString::asprintf("%+.2f", m_values.front());
-        const auto n = static_cast<double>(m_values.size());
-        double mean = 0;
-        for (const double value : m_values)
-            mean += value / n;
-        double variance = 0;
-        for (const double value : m_values)
-            variance += (value - mean) * (value - mean) / (n - 1);
-        const auto [least, most] = std::minmax_element(m_values.begin(), m_values.end());
-        return QString::asprintf("%+.2f, %.2f, %+.2f .. %+.2f", mean, std::sqrt(variance), *least,
-                                 *most);
-    }
-
-private:
-    std::vector<double> m_values;
 };
 
 /// Noise that no other token has.
@@ -374,7 +226,7 @@ public:
         if (condition.other == Condition::OtherRecords)
             startOther(listener, "--listen");
 
-        StampedRecording recording;
+        OutputRecording output;
         std::vector<Play> plays;
         {
             Presenter presenter(condition);
@@ -384,7 +236,7 @@ public:
                     plays.push_back(play);
             }
         }
-        recording.finish();
+        const StampedRecording &recording = output.finish();
         end(burner);
         end(listener);
 
@@ -410,11 +262,11 @@ private:
             m_window.data.si = 0.25;
             QObject::connect(&m_window, &MainWindow::soundPlaying, [this](int index) {
                 if (index == -1) {
-                    m_play.ended = nowMs();
+                    m_play.ended = monotonicMs();
                     return;
                 }
                 m_play.begun = m_timerWatch.lastFired();
-                m_play.started = nowMs();
+                m_play.started = monotonicMs();
                 if (m_condition.other == Condition::OtherComes) {
                     QTimer::singleShot(otherComesAfter, &m_window,
                                        [this] { startOther(m_listener, "--listen"); });
@@ -448,9 +300,9 @@ private:
                 m_window.soundWave = m_play.token;
             }
             m_window.data.soundDuration = 0; // the same pause for tokens of any length
-            m_play.due = nowMs() + m_window.data.si * 1000;
+            m_play.due = monotonicMs() + m_window.data.si * 1000;
             m_window.playWav();
-            const int longest = 5000 + m_condition.nSamples / (rate / 1000);
+            const int longest = 5000 + m_condition.nSamples / (recordingRate / 1000);
             if (!waitFor([this] { return m_play.ended != 0; }, longest))
                 qFatal("a sound has not ended");
             m_play.timing = m_window.presentationTimings.first();
@@ -493,7 +345,7 @@ private:
         Statistics timer;
         Statistics start;
         for (const Play &play : plays) {
-            const HeardPlay heard = find(recording, play);
+            const HeardPlay heard = findExactly(recording, play);
             sent += static_cast<size_t>(play.token.size());
             received += static_cast<size_t>(heard.token.nSamples);
             timer.add(play.begun - play.due);
@@ -550,29 +402,29 @@ void measureReactionTimes(int nTrials)
     std::vector<double> presses;
     Play play;
     QObject::connect(&window, &MainWindow::soundPlaying,
-                     [&](int index) { (index == -1 ? play.ended : play.started) = nowMs(); });
+                     [&](int index) { (index == -1 ? play.ended : play.started) = monotonicMs(); });
 
-    StampedRecording recording;
+    OutputRecording output;
     QTest::mouseClick(window.subjectWindow->findChild<QPushButton *>("pushButtonIAmReady"),
                       Qt::LeftButton);
     auto *const button = window.subjectWindow->findChild<QPushButton *>("pushButtonChoice2");
     for (int trial = 0; trial < nTrials; ++trial) {
         play = Play();
-        play.due = nowMs();
+        play.due = monotonicMs();
         if (!waitFor([&] { return play.ended != 0; }, 10000))
             qFatal("a sound has not ended");
         play.token = window.soundWave;
         plays.push_back(play);
         wait(QRandomGenerator::global()->bounded(200, 600));
         QTest::mousePress(button, Qt::LeftButton);
-        presses.push_back(nowMs());
+        presses.push_back(monotonicMs());
         QTest::mouseRelease(button, Qt::LeftButton);
     }
-    recording.finish();
+    const StampedRecording &recording = output.finish();
 
     Statistics error;
     for (size_t i = 0; i < plays.size(); ++i) {
-        const HeardPlay heard = find(recording, plays[i]);
+        const HeardPlay heard = findExactly(recording, plays[i]);
         if (heard.token.toItsEnd)
             error.add(window.data.entries.at(static_cast<qsizetype>(i)).rt -
                       (presses[i] - heard.end));
@@ -587,8 +439,8 @@ void measureReactionTimes(int nTrials)
 
 int main(int argc, char *argv[])
 {
-    if (argc == 2 && qstrcmp(argv[1], "--record") == 0)
-        return record();
+    if (const std::optional<int> status = recorderMain(argc, argv))
+        return *status;
     if (argc == 2 && qstrcmp(argv[1], "--listen") == 0)
         return listen();
     if (argc == 2 && qstrcmp(argv[1], "--burn") == 0) {

@@ -21,6 +21,8 @@ build=(
     qt6-base-dev qt6-charts-dev qt6-multimedia-dev
     # Qt Charts' CMake package requires these two, but the Debian package does not depend on them
     libqt6opengl6-dev libgl1-mesa-dev
+    # To record what the sound server plays
+    libpulse-dev pkg-config
     # Fonts for the windows, with and without a screen
     fonts-dejavu-core
 )
@@ -39,8 +41,8 @@ if [ "$(. /etc/os-release && echo "${VERSION_CODENAME:-}")" = bookworm ]; then
 fi
 # The fuzzer comes with Clang's run-time libraries; llvm names the lines of a finding
 fuzzer=(clang libclang-rt-dev llvm)
-# Other libraries' transforms and readers to compare with, and the library that the timing benchmark records with
-peers=(libbenchmark-dev libfftw3-dev libgsl-dev libeigen3-dev libsndfile1-dev libpulse-dev pkg-config)
+# Other libraries' transforms and readers to compare with
+peers=(libbenchmark-dev libfftw3-dev libgsl-dev libeigen3-dev libsndfile1-dev)
 
 packages=()
 if [ $# -eq 0 ]; then

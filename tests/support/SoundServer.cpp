@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/SoundServer.h"
 
-#include "support/OtherPrograms.h"
+#include "timing/OtherPrograms.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "audio/PresentationTiming.h"
+#include "timing/NoiseToken.h"
+
+#include <QList>
+
+class StampedRecording;
+
+/// One play of a token by the program, with the times of monotonicMs().
+struct Play
+{
+    double due = 0;            ///< when the presentation was to begin
+    double begun = 0;          ///< when it began: when the presentation timer fired
+    double started = 0;        ///< soundPlaying(1)
+    double ended = 0;          ///< soundPlaying(-1): when the reaction clock started
+    QList<double> token;       ///< noise
+    PresentationTiming timing; ///< what the program says of it
+};
+
+/// What was heard of a play, and when.
+struct HeardPlay
+{
+    HeardToken token;
+    double first = 0; ///< when the first sample heard was over
+    double end = 0;   ///< when the last one was over
+};
+
+/// Finds @p play in @p recording sample by sample. It must have been recorded for 400 ms after the
+/// end of the play.
+HeardPlay findExactly(const StampedRecording &recording, const Play &play);
