@@ -122,12 +122,14 @@ void TestMatchedFilter::aTokenIsFoundInWhatIsLeftOfIt_data()
     row("attenuated by 60 dB", [](const Samples &sound) { return scaled(sound, 0.001); });
     row("reversed polarity", [](const Samples &sound) { return scaled(sound, -0.2); });
     row("with an offset",
-        [](const Samples &sound) { return sum(sound, Samples(sound.size(), 2.0)); });
+        [](const Samples &sound) { return sum(sound, Samples(sound.size(), 20.0)); });
     row("among noise of the same level",
         [](const Samples &sound) { return sum(sound, otherNoise(sound.size(), 1)); });
     row("attenuated, among noise twice as strong", [](const Samples &sound) {
         return sum(scaled(sound, 0.01), otherNoise(sound.size(), 0.02));
     });
+    row("among noise five times as strong",
+        [](const Samples &sound) { return sum(sound, otherNoise(sound.size(), 5)); });
     row("up to 8 kHz", [](const Samples &sound) { return limited(sound, 0, 8000); });
     row("300 to 3400 Hz", [](const Samples &sound) { return limited(sound, 300, 3400); });
     row(
@@ -244,11 +246,17 @@ void TestMatchedFilter::theEndIsFoundWhereTheRatesDiffer()
     }
 }
 
-// Catches a correlation that is not normalised.
+// Catches a correlation that is not normalised, and errors of rounding in silence that are.
 void TestMatchedFilter::anExactCopyCorrelatesByOne()
 {
     const Samples token = noise(12000, 3);
     QVERIFY(std::abs(match(scaled(recordingOf(token), 0.5), token)->correlation - 1) < 1e-3);
+    // Its sum is 0, so that the silence around it is none but for errors of rounding.
+    const Samples silence(20000, 0.0);
+    const auto exact = match(silence + token + scaled(token, -1) + silence, token);
+    QVERIFY(std::abs(exact->correlation - 1) < 1e-9);
+    QVERIFY(std::abs(exact->end - 32000) < 0.1);
+
     const Samples noisy = sum(recordingOf(token), otherNoise(recordingOf(token).size(), 1));
     QVERIFY(std::abs(match(noisy, token)->correlation - 0.707) < 0.03);
 }
