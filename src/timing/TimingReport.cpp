@@ -92,16 +92,6 @@ QStringList cells(const LengthResult &result, const QString &name)
             result.timerError.text()};
 }
 
-/// The table of a report, headings first, the sum of all plays last.
-QList<QStringList> table(const TimingReport &report)
-{
-    QList<QStringList> rows = {headings()};
-    for (const LengthResult &result : report.lengths)
-        rows.append(cells(result, durationText(result.length)));
-    rows.append(cells(report.all, u"all"_s));
-    return rows;
-}
-
 /// What the measurement was made with: names and values.
 QList<std::pair<QString, QString>> circumstances(const TimingReport &report)
 {
@@ -295,6 +285,15 @@ QString durationText(qsizetype length)
 {
     const double duration = milliseconds(static_cast<double>(length));
     return number(duration, std::abs(duration - std::round(duration)) < 0.05 ? 0 : 1) + u" ms"_s;
+}
+
+QList<QStringList> table(const TimingReport &report)
+{
+    QList<QStringList> rows = {headings()};
+    for (const LengthResult &result : report.lengths)
+        rows.append(cells(result, durationText(result.length)));
+    rows.append(cells(report.all, u"all"_s));
+    return rows;
 }
 
 QString toText(const TimingReport &report)

@@ -90,6 +90,9 @@ QList<HistogramBin> histogram(std::span<const double> values);
 /// The duration of a token of @p length samples, as in "251.3 ms" and "1000 ms".
 QString durationText(qsizetype length);
 
+/// The table of a report: the headings, a row for each length, and one for all plays.
+QList<QStringList> table(const TimingReport &report);
+
 /// The report for the terminal, for scripts, and for a document.
 QString toText(const TimingReport &report);
 QJsonObject toJson(const TimingReport &report);
