@@ -14,6 +14,16 @@ double Statistics::mean() const
     return mean;
 }
 
+double Statistics::median() const
+{
+    if (m_values.empty())
+        return 0;
+    std::vector<double> sorted = m_values;
+    std::ranges::sort(sorted);
+    const size_t middle = sorted.size() / 2;
+    return sorted.size() % 2 == 1 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
+}
+
 double Statistics::sd() const
 {
     if (m_values.size() < 2)

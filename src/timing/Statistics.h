@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-/// Mean, standard deviation, smallest and largest of some values. Without values all are 0.
+/// Mean, median, standard deviation, smallest and largest of some values. Without values all are 0.
 class Statistics
 {
 public:
@@ -16,7 +16,8 @@ public:
     std::span<const double> values() const { return m_values; }
 
     double mean() const;
-    double sd() const; ///< with n - 1 in the denominator; of one value 0
+    double median() const; ///< of an even number of values the mean of the two in the middle
+    double sd() const;     ///< with n - 1 in the denominator; of one value 0
     double least() const;
     double most() const;
 

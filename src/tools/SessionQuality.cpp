@@ -2,46 +2,32 @@
 #include "tools/SessionQuality.h"
 
 #include "audio/PresentationTiming.h"
+#include "timing/Statistics.h"
 
 #include <algorithm>
-#include <vector>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// The middle one of @p values, or the mean of the two in the middle.
-std::optional<double> median(std::vector<double> values)
-{
-    if (values.empty())
-        return std::nullopt;
-    std::ranges::sort(values);
-    const size_t half = values.size() / 2;
-    return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
-}
-
-} // namespace
 
 SessionQuality sessionQuality(const JournaledSession &session)
 {
     SessionQuality quality;
     quality.nAnswers = session.answers.size();
     quality.nPresentations = session.order.size();
-    std::vector<double> times;
+    Statistics times;
     for (const JournaledAnswer &answer : session.answers) {
-        times.push_back(answer.entry.rt);
+        times.add(answer.entry.rt);
         quality.nCorrect += answer.entry.correctness ? 1 : 0;
         const PresentationTiming timing = presentationTimingFromJson(answer.presentation);
         quality.longestClockDelay = std::max(quality.longestClockDelay, timing.clockDelay());
         quality.nTimingProblems += timingProblem(timing).isEmpty() ? 0 : 1;
     }
-    quality.medianTime = median(std::move(times));
+    quality.medianTime = times.median();
     return quality;
 }
 
 QString qualityText(const SessionQuality &quality)
 {
-    if (!quality.medianTime)
+    if (quality.nAnswers == 0)
         return u"No answer of %1 was given."_s.arg(quality.nPresentations);
     return u"%1 of %2 answers, %3 % of them correct; median reaction time %4 ms. "
            "The reaction clock was started at most %5 ms after the end of the sound; "
@@ -50,7 +36,7 @@ QString qualityText(const SessionQuality &quality)
                .arg(100.0 * static_cast<double>(quality.nCorrect) /
                         static_cast<double>(quality.nAnswers),
                     0, 'f', 0)
-               .arg(*quality.medianTime, 0, 'f', 0)
+               .arg(quality.medianTime, 0, 'f', 0)
                .arg(quality.longestClockDelay, 0, 'f', 1)
                .arg(quality.nTimingProblems);
 }

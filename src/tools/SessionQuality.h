@@ -5,17 +5,15 @@
 
 #include <QString>
 
-#include <optional>
-
 /// What tells at a glance whether a session is worth anything.
 struct SessionQuality
 {
     qsizetype nAnswers = 0;
-    qsizetype nPresentations = 0;     ///< planned
-    qsizetype nCorrect = 0;           ///< of the answers
-    std::optional<double> medianTime; ///< reaction time in ms; no value without an answer
-    double longestClockDelay = 0;     ///< ms, of the reaction clock
-    qsizetype nTimingProblems = 0;    ///< answers whose presentation had one
+    qsizetype nPresentations = 0;  ///< planned
+    qsizetype nCorrect = 0;        ///< of the answers
+    double medianTime = 0;         ///< reaction time in ms
+    double longestClockDelay = 0;  ///< ms, of the reaction clock
+    qsizetype nTimingProblems = 0; ///< answers whose presentation had one
 };
 
 SessionQuality sessionQuality(const JournaledSession &session);

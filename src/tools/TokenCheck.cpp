@@ -7,6 +7,7 @@
 #include "audio/TokenMemory.h"
 #include "audio/TokenSound.h"
 #include "data/Data.h"
+#include "timing/Statistics.h"
 #include "tools/ContentHash.h"
 
 #include <QDir>
@@ -182,13 +183,6 @@ bool checkContents(const QString &folder, QList<CheckedToken> &tokens,
     return true;
 }
 
-double median(std::vector<double> values)
-{
-    std::ranges::sort(values);
-    const std::size_t middle = values.size() / 2;
-    return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
 double level(const CheckedToken &token)
 {
     return decibels(token.measures.rms);
@@ -240,20 +234,20 @@ QList<Finding> checkLevels(QList<CheckedToken> &tokens)
         }
         if (heard.empty())
             continue;
-        std::vector<double> levels;
-        std::ranges::transform(heard, std::back_inserter(levels),
-                               [](const CheckedToken *token) { return level(*token); });
-        medians.push_back(median(levels));
+        Statistics levels;
+        for (const CheckedToken *token : heard)
+            levels.add(level(*token));
+        medians.push_back(levels.median());
         for (CheckedToken *token : heard) {
             const double distance = level(*token) - medians.back();
             if (std::abs(distance) > largestLevelDistance)
                 token->findings.append(levelApart(distance, category));
         }
-        const auto [softest, loudest] = std::ranges::minmax_element(levels);
-        if (*loudest - *softest > largestLevelDistance)
-            findings.append(levelsApartInCategory(category, *loudest - *softest,
-                                                  heard[loudest - levels.begin()]->name,
-                                                  heard[softest - levels.begin()]->name));
+        const auto [softest, loudest] =
+            std::ranges::minmax(heard, {}, [](const CheckedToken *token) { return level(*token); });
+        const double range = level(*loudest) - level(*softest);
+        if (range > largestLevelDistance)
+            findings.append(levelsApartInCategory(category, range, loudest->name, softest->name));
     }
     if (medians.size() == 2) {
         const double distance = medians.front() - medians.back();

@@ -2,6 +2,7 @@
 #include "tools/ToolsWindow.h"
 
 #include "tools/SessionsPage.h"
+#include "tools/TimingPage.h"
 #include "tools/TokensPage.h"
 
 #include <QTabBar>
@@ -22,6 +23,7 @@ ToolsWindow::ToolsWindow(QWidget *parent)
     auto *pages = new QTabWidget;
     pages->tabBar()->setAccessibleName(u"Pages"_s);
     pages->addTab(new TokensPage, u"Tokens"_s);
+    pages->addTab(new TimingPage, u"Timing"_s);
     pages->addTab(new SessionsPage, u"Sessions"_s);
     setCentralWidget(pages);
     resize(firstSize);
