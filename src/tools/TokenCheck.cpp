@@ -101,10 +101,11 @@ public:
     bool run(const ProgressFunction &progress)
     {
         const auto nTokens = m_tokens.size();
+        if (!progress(0, nTokens))
+            return false;
         std::thread second([this] { work([] { return true; }); });
         work([&] { return progress(std::min(m_next.load(), nTokens), nTokens); });
         second.join();
-        // The other thread may have checked all of them.
         return !m_isStopped && progress(nTokens, nTokens);
     }
 

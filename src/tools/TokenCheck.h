@@ -54,7 +54,8 @@ QString folderProblem(const QString &folder);
 
 /// Checks the tokens in @p folder for the subject @p subCode, each to be presented @p nTimes times.
 /// Takes no more memory than the largest token does, and two readers need for smaller ones.
-/// @p progress is called after each token by the thread that calls this function.
+/// @p progress is called by the thread that calls this function: at the beginning, after tokens,
+/// and when all have been read.
 FolderCheck checkFolder(const QString &folder, const QString &subCode, int nTimes,
                         const ProgressFunction &progress);
 
