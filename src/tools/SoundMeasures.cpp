@@ -1,51 +1,78 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tools/SoundMeasures.h"
 
+#include "plots/Vectorization.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
-/// Two samples that the processor handles at once: a loop over single ones takes three times as
-/// long, because the compiler may not change the order of sums by itself.
-using Pair [[gnu::vector_size(2 * sizeof(double))]] = double;
+/// So many samples, which the processor handles at once.
+template<int width>
+using Lanes [[gnu::vector_size(width * sizeof(double))]] = double;
 
 struct Sums
 {
-    Pair sum = {};
-    Pair squares = {};
-    Pair largest = {}; ///< square
+    double sum = 0;
+    double squares = 0;
+    double largestSquare = 0;
 
-    void add(Pair values)
+    void add(double sumOfSome, double squaresOfSome, double largestOfSome)
     {
-        const Pair square = values * values;
-        sum += values;
-        squares += square;
-        largest = square > largest ? square : largest;
-    }
-
-    void add(const Sums &other)
-    {
-        sum += other.sum;
-        squares += other.squares;
-        largest = other.largest > largest ? other.largest : largest;
+        sum += sumOfSome;
+        squares += squaresOfSome;
+        largestSquare = std::max(largestSquare, largestOfSome);
     }
 };
+
+/// Sums up @p width samples at once, in two parts so that one addition need not wait for the other.
+/// A loop over single samples takes several times as long, because the compiler may not change the
+/// order of additions by itself.
+template<int width, typename At>
+[[gnu::always_inline]] inline Sums sumUpBy(qsizetype n, At at)
+{
+    Lanes<width> sum[2] = {};
+    Lanes<width> squares[2] = {};
+    Lanes<width> largest[2] = {};
+    qsizetype i = 0;
+    for (; i + 2 * width <= n; i += 2 * width) {
+        for (int part = 0; part < 2; ++part) {
+            Lanes<width> values;
+            for (int lane = 0; lane < width; ++lane)
+                values[lane] = at(i + part * width + lane);
+            const Lanes<width> square = values * values;
+            sum[part] += values;
+            squares[part] += square;
+            largest[part] = square > largest[part] ? square : largest[part];
+        }
+    }
+    Sums sums;
+    for (int part = 0; part < 2; ++part) {
+        for (int lane = 0; lane < width; ++lane)
+            sums.add(sum[part][lane], squares[part][lane], largest[part][lane]);
+    }
+    for (; i < n; ++i)
+        sums.add(at(i), at(i) * at(i), at(i) * at(i));
+    return sums;
+}
+
+#ifdef OSTRINE_HAS_AVX2_TARGET
+template<typename At>
+OSTRINE_TARGET_AVX2 Sums sumUpByAvx2(qsizetype n, At at)
+{
+    return sumUpBy<4>(n, at);
+}
+#endif
 
 template<typename At>
 Sums sumUp(qsizetype n, At at)
 {
-    Sums sums;
-    Sums others; // so that one addition need not wait for the other
-    qsizetype i = 0;
-    for (; i + 4 <= n; i += 4) {
-        sums.add(Pair{at(i), at(i + 1)});
-        others.add(Pair{at(i + 2), at(i + 3)});
-    }
-    sums.add(others);
-    for (; i < n; ++i)
-        sums.add(Pair{at(i), 0});
-    return sums;
+#ifdef OSTRINE_HAS_AVX2_TARGET
+    if (runs_avx2())
+        return sumUpByAvx2(n, at);
+#endif
+    return sumUpBy<2>(n, at);
 }
 
 template<typename At>
@@ -74,9 +101,9 @@ SoundMeasures measure(qsizetype n, At at, double limit)
     const auto count = static_cast<double>(n);
     SoundMeasures result;
     result.nSamples = n;
-    result.peak = std::sqrt(std::max(sums.largest[0], sums.largest[1])); // squares are exact
-    result.mean = (sums.sum[0] + sums.sum[1]) / count;
-    result.rms = std::sqrt((sums.squares[0] + sums.squares[1]) / count);
+    result.peak = std::sqrt(sums.largestSquare); // squares are exact
+    result.mean = sums.sum / count;
+    result.rms = std::sqrt(sums.squares / count);
     result.last = at(n - 1);
     const auto isSilence = [&](qsizetype i) { return std::abs(at(i)) < silenceLimit; };
     while (result.silentAtStart < n && isSilence(result.silentAtStart))
