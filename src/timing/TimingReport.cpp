@@ -184,7 +184,7 @@ void TimingReport::add(const PlayResult &result)
 QString periodText(const TimingReport &report)
 {
     const qint64 block = blockSize(report);
-    const QString size =
+    QString size =
         u"%1 samples (%2 ms)"_s.arg(block).arg(number(milliseconds(static_cast<double>(block))));
     if (block == 0)
         return u"unknown"_s;
