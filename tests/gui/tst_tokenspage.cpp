@@ -237,6 +237,7 @@ void TestTokensPage::theChosenTokenIsDescribedAndDrawn()
              qPrintable(text()));
     QTRY_COMPARE(drawnPoints(), 0);
     QVERIFY(!child<QPushButton>("pushButtonPlay")->isEnabled());
+    QVERIFY2(message().startsWith("Findings: "), qPrintable(message()));
 
     table()->sortByColumn(1, Qt::DescendingOrder);
     QTest::keyClick(table(), Qt::Key_Up);

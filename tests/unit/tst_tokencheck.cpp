@@ -474,7 +474,14 @@ void TestTokenCheck::levelsApartAreFound()
     QFETCH(const QList<double>, stranger);
     QList<CheckedToken> tokens =
         tokensOf(Category::Mother, mother) + tokensOf(Category::Stranger, stranger);
-    QTEST(words(checkLevels(tokens)), "ofFolder");
+    const QList<Finding> ofFolder = checkLevels(tokens);
+    QTEST(words(ofFolder), "ofFolder");
+    for (const Finding &finding : ofFolder) {
+        if (finding.kind == FindingKind::LevelsApartBetweenCategories)
+            QCOMPARE(finding.fact.section('"', 1, 1),
+                     categoryWord(mother.first() > stranger.first() ? Category::Mother
+                                                                    : Category::Stranger));
+    }
     QStringList found;
     for (const CheckedToken &token : std::as_const(tokens)) {
         if (words(token.findings) == QStringList("levelApart"))
