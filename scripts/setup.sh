@@ -39,6 +39,8 @@ checks=(clang g++-aarch64-linux-gnu qemu-user)
 if [ "$(. /etc/os-release && echo "${VERSION_CODENAME:-}")" = bookworm ]; then
     checks+=(clang-format-14 clang-tidy-14)
 fi
+# What the readers of result files in docs/readers are run with
+readers=(python3-pandas r-base-core)
 # The fuzzer comes with Clang's run-time libraries; llvm names the lines of a finding
 fuzzer=(clang libclang-rt-dev llvm)
 # Other libraries' transforms and readers to compare with
@@ -54,7 +56,7 @@ for set in "$@"; do
         run) packages+=("${build[@]}") ;;
         wayland) packages+=(qt6-wayland) ;;
         demo) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}") ;;
-        test) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}" "${checks[@]}") ;;
+        test) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}" "${checks[@]}" "${readers[@]}") ;;
         valgrind) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}" "${checks[@]}" valgrind) ;;
         fuzz) packages+=("${build[@]}" "${fuzzer[@]}") ;;
         bench) packages+=("${build[@]}" "${sound[@]}" "${peers[@]}") ;;
