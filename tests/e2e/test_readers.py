@@ -183,22 +183,27 @@ class ReaderCase(unittest.TestCase):
         if LANGUAGE == "r":
             return self.run_reader("read_session", path)
         # In this process, because to load pandas takes longer than everything else.
-        spec = importlib.util.spec_from_file_location("read_session", READERS / "read_session.py")
-        module = importlib.util.module_from_spec(spec)
         with warnings.catch_warnings(), contextlib.redirect_stdout(io.StringIO()) as output:
             warnings.simplefilter("error")
-            spec.loader.exec_module(module)
-            module.main(path)
+            self.python_reader().main(path)
         return output.getvalue()
+
+    @staticmethod
+    def python_reader():
+        spec = importlib.util.spec_from_file_location("read_session", READERS / "read_session.py")
+        module = importlib.util.module_from_spec(spec)
+        spec.loader.exec_module(module)
+        return module
 
     def run_reader(self, reader, path):
         """The same of any reader, run as its users do."""
         if LANGUAGE == "r":
-            command = [RSCRIPT, str(READERS / f"{reader}.R")]
-        else:
-            command = [sys.executable, "-B", str(READERS / f"{reader}.py")]
+            return self.run_command(RSCRIPT, str(READERS / f"{reader}.R"), str(path))
+        return self.run_command(sys.executable, "-B", str(READERS / f"{reader}.py"), str(path))
+
+    def run_command(self, *command):
         # R escapes letters that the environment's language does not have.
-        result = subprocess.run([*command, str(path)], timeout=120, stdin=subprocess.DEVNULL, capture_output=True,
+        result = subprocess.run(command, timeout=120, stdin=subprocess.DEVNULL, capture_output=True,
                                 encoding="utf-8", env=dict(os.environ, LC_ALL="C.UTF-8"))
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         return result.stdout
@@ -230,6 +235,20 @@ class ReaderTest(ReaderCase):
         self.assert_figures(figures_in(self.run_reader("read_session", self.files_of(EXAMPLE))),
                             {"mother": [4, 0.75, 576, 540], "stranger": [4, 0.75, 767.5, 701],
                              "d-prime": [1.048801]})
+
+    # Catches another encoding, changed names, and a reader that cannot be used by other scripts.
+    def test_names_are_read_as_they_are(self):
+        session = SESSIONS["unusual names"]
+        entries = self.files_of(session).with_name("CHD001_experiment003_entries.txt")
+        if LANGUAGE == "r":
+            script = ('source(commandArgs(TRUE)[1], encoding = "UTF-8"); '
+                      'cat(read_table(commandArgs(TRUE)[2], entry_columns)$filename, sep = "\n")')
+            names = self.run_command(RSCRIPT, "-e", script, str(READERS / "read_session.R"), str(entries))
+            names = names.rstrip("\n").split("\n")
+        else:
+            reader = self.python_reader()
+            names = list(reader.read_table(entries, reader.ENTRIES)["filename"])
+        self.assertEqual(names, [session.tokens[trial[0]] for trial in session.trials])
 
 
 class DocumentTest(ReaderCase):
