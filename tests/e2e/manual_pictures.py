@@ -255,6 +255,15 @@ def look_at_tokens(tools, pictures, tokens):
     pictures.window("tools-findings", TOOLS_WINDOW)
 
 
+def look_at_timing(tools, pictures):
+    tools.open_page("Timing")
+    start = driver.wait_for(lambda: driver.find(tools.main, pyatspi.ROLE_PUSH_BUTTON, "Start"), "'Start'")
+    driver.press(start)
+    driver.wait_for(lambda: not driver.is_enabled(start), "the measurement to begin")
+    driver.wait_for(lambda: driver.is_enabled(start), "the measurement to end", patience=240)
+    pictures.window("tools-timing", TOOLS_WINDOW)
+
+
 def look_at_sessions(tools, pictures):
     tools.open_page("Sessions")
     driver.wait_for(lambda: driver.is_enabled(
@@ -269,7 +278,7 @@ def look_at_sessions(tools, pictures):
 
 
 def main(program, tools, folder):
-    driver.start_watchdog(400)
+    driver.start_watchdog(600)
     pictures = Pictures(folder)
     tokens = Path.home() / "tokens"
     shutil.copytree(driver.TOKEN_FOLDER, tokens)
@@ -283,6 +292,7 @@ def main(program, tools, folder):
     with Tools(tools, log) as companion:
         driver.settled_box(companion.main)
         look_at_tokens(companion, pictures, tokens)
+        look_at_timing(companion, pictures)
         look_at_sessions(companion, pictures)
 
 
