@@ -20,6 +20,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto journalSuffix = ".jsonl"_L1;
+constexpr qsizetype nResultFiles = 3;
 
 std::optional<JournaledSession> readJournalFile(const QString &path)
 {
@@ -154,7 +155,6 @@ FoundSessions findSessions(const QString &folder, const ProgressFunction &progre
 
 bool needsAttention(const FoundSession &found)
 {
-    constexpr qsizetype nResultFiles = 3;
     const bool areAllThere =
         found.files.size() == nResultFiles && std::ranges::all_of(found.files, isUnchanged);
     return found.session.data.saveData && !found.session.answers.isEmpty() && !areAllThere;
@@ -190,6 +190,8 @@ QString filesText(const QList<SavedFileNow> &files)
     if (files.isEmpty())
         return u"not saved"_s;
     QStringList changes;
+    if (files.size() < nResultFiles)
+        changes.append(u"only %1 of %2 saved"_s.arg(files.size()).arg(nResultFiles));
     for (const SavedFileNow &file : files) {
         if (!isUnchanged(file))
             changes.append(QFileInfo(file.path).fileName() + u' ' + stateText(file));

@@ -61,8 +61,8 @@ QString endText(const JournaledSession &session);
 /// "unchanged", "changed", "overwritten by NAME" or "gone".
 QString stateText(const SavedFileNow &file);
 
-/// What has become of all @p files: "unchanged", or the names of the others with their states;
-/// "not saved" when there are none.
+/// What has become of all @p files: "unchanged", or how many are missing and the names of the
+/// others with their states; "not saved" when there are none.
 QString filesText(const QList<SavedFileNow> &files);
 
 /// Writes a header line and a line for each session to @p out, separated by tabs.

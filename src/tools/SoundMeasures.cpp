@@ -9,7 +9,7 @@
 namespace {
 
 /// So many samples, which the processor handles at once.
-template<int width>
+template<qsizetype width>
 using Lanes [[gnu::vector_size(width * sizeof(double))]] = double;
 
 struct Sums
@@ -29,7 +29,7 @@ struct Sums
 /// Sums up @p width samples at once, in two parts so that one addition need not wait for the other.
 /// A loop over single samples takes several times as long, because the compiler may not change the
 /// order of additions by itself.
-template<int width, typename At>
+template<qsizetype width, typename At>
 [[gnu::always_inline]] inline Sums sumUpBy(qsizetype n, At at)
 {
     Lanes<width> sum[2] = {};
@@ -37,9 +37,9 @@ template<int width, typename At>
     Lanes<width> largest[2] = {};
     qsizetype i = 0;
     for (; i + 2 * width <= n; i += 2 * width) {
-        for (int part = 0; part < 2; ++part) {
+        for (qsizetype part = 0; part < 2; ++part) {
             Lanes<width> values;
-            for (int lane = 0; lane < width; ++lane)
+            for (qsizetype lane = 0; lane < width; ++lane)
                 values[lane] = at(i + part * width + lane);
             const Lanes<width> square = values * values;
             sum[part] += values;
@@ -48,8 +48,8 @@ template<int width, typename At>
         }
     }
     Sums sums;
-    for (int part = 0; part < 2; ++part) {
-        for (int lane = 0; lane < width; ++lane)
+    for (qsizetype part = 0; part < 2; ++part) {
+        for (qsizetype lane = 0; lane < width; ++lane)
             sums.add(sum[part][lane], squares[part][lane], largest[part][lane]);
     }
     for (; i < n; ++i)

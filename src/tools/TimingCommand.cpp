@@ -39,7 +39,10 @@ QString measure(TimingMeasurement &measurement, const TimingMeasurement::Options
     });
     poll.start(100ms);
     // Started in the loop, so that a failure at once ends it as well.
-    QTimer::singleShot(0, &measurement, [&] { measurement.start(options); });
+    QTimer start;
+    start.setSingleShot(true);
+    start.callOnTimeout(&measurement, [&] { measurement.start(options); });
+    start.start(0);
     loop.exec();
     return problem;
 }

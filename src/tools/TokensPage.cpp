@@ -131,23 +131,11 @@ TokensPage::TokensPage(QWidget *parent)
         m_drawing.start();
     });
     connect(&m_drawing, &QTimer::timeout, this, &TokensPage::drawToken);
-    connect(&m_experiment, &MainWindow::soundPlaying, this, [this](int index) {
-        if (index == tokenHasEnded) // the output is released right after this signal
-            QMetaObject::invokeMethod(this, &TokensPage::showPlaying, Qt::QueuedConnection);
-    });
-    connect(&m_experiment, &ExperimentWindow::soundFailed, this, [this] {
-        tell(
-            u"The sound output takes no sound. Check that the computer has one, and that its sound "
-            "server runs."_s);
-        // The follower that signals this is still at work.
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                m_experiment.closeOutput();
-                showPlaying();
-            },
+    // Queued, because the output is released, and the follower is at work, until after the signal.
+    connect(&m_experiment, &MainWindow::soundPlaying, this, &TokensPage::showPlaying,
             Qt::QueuedConnection);
-    });
+    connect(&m_experiment, &ExperimentWindow::soundFailed, this, &TokensPage::giveUpPlaying,
+            Qt::QueuedConnection);
 
     layOut();
     setChecking(false);
@@ -327,6 +315,14 @@ void TokensPage::playOrStop()
         m_experiment.openOutput();
         m_experiment.present(isOpen ? 0ms : openingTime);
     }
+    showPlaying();
+}
+
+void TokensPage::giveUpPlaying()
+{
+    tell(u"The sound output takes no sound. Check that the computer has one, and that its sound "
+         "server runs."_s);
+    m_experiment.closeOutput();
     showPlaying();
 }
 

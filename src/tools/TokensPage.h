@@ -41,6 +41,7 @@ private:
     void drawToken();
     void playOrStop();
     void showPlaying();
+    void giveUpPlaying();
     void exportTable();
     void tell(const QString &message);
 
