@@ -7,8 +7,8 @@
 #include <QString>
 
 /// The tokens in @p folder, in the order of their names whatever the case: every visible file, or
-/// link to one, whose last suffix is "wav" in any case. Empty for a folder that cannot be read; an
-/// empty name means the working directory.
+/// link to one, whose name is UTF-8 and whose last suffix is "wav" in any case. Empty for a folder
+/// that cannot be read; an empty name means the working directory.
 QList<Record> tokensIn(const QString &folder);
 
 /// An entry of a folder that is none of its tokens, and why.
@@ -18,6 +18,7 @@ struct LeftOut
         Folder,      ///< it is a folder, or a link to one
         OtherSuffix, ///< its name does not end as that of a token
         Hidden,      ///< its name begins with a dot
+        Undecodable, ///< its name is not UTF-8
         Special,     ///< it is a pipe, a device, a link to nothing or the like
     };
 

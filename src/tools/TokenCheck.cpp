@@ -296,6 +296,8 @@ FolderCheck checkFolder(const QString &folder, const QString &subCode, int nTime
         check.findings.append(tooManyPresentations(nTokens, nTimes));
     check.findings += checkLevels(check.tokens);
     for (const LeftOut &entry : std::as_const(check.leftOut)) {
+        if (entry.reason == LeftOut::Undecodable)
+            check.findings.append(undecodableName(entry.name));
         if (entry.reason == LeftOut::Special)
             check.findings.append(specialFile(entry.name));
     }

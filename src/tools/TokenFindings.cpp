@@ -86,6 +86,8 @@ QString findingWord(FindingKind kind)
         return u"levelsApartInCategory"_s;
     case FindingKind::LevelsApartBetweenCategories:
         return u"levelsApartBetweenCategories"_s;
+    case FindingKind::UndecodableName:
+        return u"undecodableName"_s;
     case FindingKind::SpecialFile:
         return u"specialFile"_s;
     }
@@ -281,6 +283,12 @@ Finding levelsApartBetweenCategories(Category louder, double distance)
                 categoryWord(louder), levelDistance(distance), categoryWord(softer)),
             u"The subject could tell the voices by their loudness."_s,
             u"Bring the tokens to the same level."_s};
+}
+
+Finding undecodableName(const QString &name)
+{
+    return {FindingKind::UndecodableName, u"The name of \"%1\" is not UTF-8."_s.arg(name),
+            u"A session would leave it out."_s, u"Rename the file."_s};
 }
 
 Finding specialFile(const QString &name)

@@ -50,6 +50,7 @@ enum class FindingKind {
     TooManyPresentations,
     LevelsApartInCategory,
     LevelsApartBetweenCategories,
+    UndecodableName,
     SpecialFile,
 };
 
@@ -103,4 +104,5 @@ Finding levelsApartInCategory(Category category, double distance, const QString 
                               const QString &softest);
 /// The median level of the tokens of @p louder is @p distance dB above that of the others.
 Finding levelsApartBetweenCategories(Category louder, double distance);
+Finding undecodableName(const QString &name);
 Finding specialFile(const QString &name);

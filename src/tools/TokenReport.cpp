@@ -56,6 +56,7 @@ constexpr NamedReason reasons[] = {
     {LeftOut::OtherSuffix, "otherSuffix", "because their names do not end in .wav"},
     {LeftOut::Folder, "folder", "because they are folders"},
     {LeftOut::Hidden, "hidden", "because they are hidden"},
+    {LeftOut::Undecodable, "undecodable", "because their names are not UTF-8"},
     {LeftOut::Special, "special", "because they are no files"},
 };
 
