@@ -420,8 +420,9 @@ void TestFaults::aLateServerIsReportedWithItsTrial()
 
     const PresentationTiming timing = m_window->presentationTimings.value(0);
     const double delay = timing.serverDelay;
-    // By the time the pause begins the server may just have taken a block, which lasts.
-    QVERIFY2(delay > duration - timing.block - 5 && delay < duration + 200,
+    // By the time the pause begins the server may just have taken a block, which lasts. The signal
+    // that pauses it may be some milliseconds late itself.
+    QVERIFY2(delay > duration - timing.block - 15 && delay < duration + 200,
              qPrintable(QString::number(delay)));
     sessionGoesOn();
 }
