@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <string>
 
@@ -28,6 +29,13 @@ QByteArray written(const std::function<void(QTextStream &)> &write)
     write(stream);
     stream.flush();
     return buffer.data();
+}
+
+std::string sixDigits(double value)
+{
+    char digits[32];
+    std::snprintf(digits, sizeof(digits), "%.6g", value);
+    return digits;
 }
 
 /// Reads a text from its front to its end: what does not stand next in it is a finding.
@@ -56,9 +64,14 @@ public:
     {
         if (std::isnan(expected))
             return word("nan");
-        char digits[32];
-        std::snprintf(digits, sizeof(digits), "%.6g", expected == 0 ? 0 : expected);
-        return word(digits);
+        const std::string nearest = sixDigits(expected == 0 ? 0 : expected);
+        if (m_rest.startsWith(nearest))
+            return word(nearest);
+        // Half way between two numbers Qt takes the larger magnitude, and the C library the even
+        // one.
+        const double shown = std::strtod(m_rest.constData(), nullptr); // a line or column ends it
+        require(std::abs(shown - expected) == std::abs(std::stod(nearest) - expected));
+        return word(sixDigits(shown));
     }
 
     bool atEnd() const { return m_rest.isEmpty(); }
