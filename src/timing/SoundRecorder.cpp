@@ -65,6 +65,11 @@ SoundRecorder::SoundRecorder(const QString &source)
     m_process.setStandardErrorFile(QProcess::nullDevice());
     m_process.setProcessEnvironment(environmentOfOthers());
     m_process.start(QCoreApplication::applicationFilePath(), {recordOption, source});
+    // Once both programs have opened the file, it needs no name: so it is gone with them, whatever
+    // ends them. It may be the recording of a microphone.
+    if (!m_process.waitForStarted() || !m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        m_process.kill();
+    m_folder.remove();
 }
 
 SoundRecorder::~SoundRecorder()
@@ -75,7 +80,7 @@ SoundRecorder::~SoundRecorder()
 
 std::vector<Fragment> SoundRecorder::newFragments()
 {
-    if (!m_file.isOpen() && !m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    if (!m_file.isOpen())
         return {};
     constexpr auto size = static_cast<qint64>(sizeof(Fragment));
     const qint64 complete = (m_file.size() - m_file.pos()) / size;
