@@ -8,7 +8,7 @@ counted here, by other means, from the answers.
 """
 
 import contextlib
-import importlib.util
+import importlib
 import io
 import json
 import math
@@ -17,6 +17,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import unittest.mock
 import warnings
 from dataclasses import dataclass
 from pathlib import Path
@@ -190,10 +191,8 @@ class ReaderCase(unittest.TestCase):
 
     @staticmethod
     def python_reader():
-        spec = importlib.util.spec_from_file_location("read_session", READERS / "read_session.py")
-        module = importlib.util.module_from_spec(spec)
-        spec.loader.exec_module(module)
-        return module
+        with unittest.mock.patch.object(sys, "path", [str(READERS), *sys.path]):
+            return importlib.import_module("read_session")
 
     def run_reader(self, reader, path):
         """The same of any reader, run as its users do."""
