@@ -14,12 +14,10 @@
 
 namespace {
 
-constexpr std::streamsize headerSize = 44;
-
 // The header members are the file's bytes as they stand.
 static_assert(std::endian::native == std::endian::little);
 static_assert(offsetof(CWav, riffHeader) == 0);
-static_assert(offsetof(CWav, dataSize) + sizeof(CWav::dataSize) == headerSize);
+static_assert(offsetof(CWav, dataSize) + sizeof(CWav::dataSize) == CWav::headerSize);
 
 void reportError(const char *message, const std::string &filename)
 {
@@ -109,7 +107,7 @@ const char *loadQuietly(CWav &wav, const std::string &filename)
     std::ifstream file = openRegularFile(filename);
     if (!file.is_open())
         return "Unable to open WAV file: ";
-    file.read(reinterpret_cast<char *>(&wav), headerSize);
+    file.read(reinterpret_cast<char *>(&wav), CWav::headerSize);
     if (file.gcount() == 0)
         return "Header size is zero. ";
     if (std::memcmp(wav.waveHeader, "WAVE", sizeof(wav.waveHeader)) != 0)

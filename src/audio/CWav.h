@@ -12,6 +12,8 @@
 class CWav
 {
 public:
+    static constexpr int headerSize = 44; ///< bytes
+
     CWav();
     ~CWav();
     CWav(const CWav &) = delete;

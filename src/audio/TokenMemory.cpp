@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/TokenMemory.h"
 
+#include "audio/CWav.h"
 #include "audio/RegularFile.h"
 
 #include <QByteArray>
@@ -18,8 +19,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 headerSize = 44;
-
 // The places in the header of what is needed of it.
 constexpr qsizetype numChannelsAt = 22;
 constexpr qsizetype bitsPerSampleAt = 34;
@@ -35,14 +34,14 @@ constexpr qint64 perTransformPoint = 64;
 
 qint64 tokenMemory(QByteArrayView header, qint64 fileSize)
 {
-    if (header.size() < headerSize)
+    if (header.size() < CWav::headerSize)
         return 0;
     const auto numChannels = qFromLittleEndian<quint16>(header.data() + numChannelsAt);
     const auto bitsPerSample = qFromLittleEndian<quint16>(header.data() + bitsPerSampleAt);
     const qint64 dataSize = qFromLittleEndian<quint32>(header.data() + dataSizeAt);
     if (bitsPerSample != 8 && bitsPerSample != 16 && bitsPerSample != 24)
         return 0;
-    const qint64 nBytes = std::clamp<qint64>(fileSize - headerSize, 0, dataSize);
+    const qint64 nBytes = std::clamp<qint64>(fileSize - CWav::headerSize, 0, dataSize);
     if (nBytes < dataSize)
         return nBytes; // an incomplete token is read, but not converted
     const qint64 nSamples = dataSize / (bitsPerSample / 8);
@@ -55,8 +54,8 @@ qint64 tokenMemory(QByteArrayView header, qint64 fileSize)
 qint64 tokenMemory(const std::string &path)
 {
     std::ifstream file = openRegularFile(path);
-    QByteArray header(headerSize, '\0');
-    file.read(header.data(), headerSize);
+    QByteArray header(CWav::headerSize, '\0');
+    file.read(header.data(), CWav::headerSize);
     header.truncate(file.gcount());
     file.seekg(0, std::ios::end);
     return tokenMemory(header, file.tellg());

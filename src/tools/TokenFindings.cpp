@@ -19,14 +19,14 @@ const auto notPresented = u"A session would play the token before it in its plac
 const auto saveAgain = u"Save it again as a PCM WAV file of 16 bits with one channel."_s;
 const auto clickIsHeard = u"A click would be heard."_s;
 
-QString number(double value)
+QString oneDecimal(double value)
 {
     return QString::number(value, 'f', 1);
 }
 
 QString levelDistance(double distance)
 {
-    return u"%1 dB %2"_s.arg(number(std::abs(distance)), distance > 0 ? u"above"_s : u"below"_s);
+    return u"%1 dB %2"_s.arg(oneDecimal(std::abs(distance)), distance > 0 ? u"above"_s : u"below"_s);
 }
 
 } // namespace
@@ -162,7 +162,7 @@ QList<Finding> headerFindings(const CWav &wav, double sessionRate)
             {FindingKind::OtherRate,
              u"The sampling rate is %1 Hz, not %2 Hz."_s.arg(wav.sampleRate).arg(sessionRate),
              u"A session would play it at %1 % of its speed, and so at another "
-             "pitch."_s.arg(number(speed * 100)),
+             "pitch."_s.arg(oneDecimal(speed * 100)),
              u"Convert it to %1 Hz."_s.arg(sessionRate)});
     if (wav.numChannels == 2)
         findings.append({FindingKind::Stereo, u"The file has two channels."_s,
@@ -184,25 +184,25 @@ QList<Finding> soundFindings(const SoundMeasures &measures, double rate)
     if (std::abs(measures.mean) > largestOffset)
         findings.append({FindingKind::Offset,
                          u"The samples have an offset of %1 % of full scale."_s.arg(
-                             number(measures.mean * 100)),
+                             oneDecimal(measures.mean * 100)),
                          clickIsHeard,
                          u"Remove the offset, for instance by a high-pass filter."_s});
     const auto milliseconds = [&](qsizetype n) { return static_cast<double>(n) / rate * 1000; };
     if (const double silence = milliseconds(measures.silentAtStart); silence > longestSilence)
         findings.append({FindingKind::SilenceAtStart,
-                         u"The sound begins with %1 ms of silence."_s.arg(number(silence)),
+                         u"The sound begins with %1 ms of silence."_s.arg(oneDecimal(silence)),
                          u"The voice would begin that much later than the token."_s,
                          u"Cut the silence off."_s});
     if (const double silence = milliseconds(measures.silentAtEnd); silence > longestSilence)
         findings.append({FindingKind::SilenceAtEnd,
-                         u"The sound ends with %1 ms of silence."_s.arg(number(silence)),
+                         u"The sound ends with %1 ms of silence."_s.arg(oneDecimal(silence)),
                          u"Reaction times count from the end of the file, and would be too short "
                          "by as much."_s,
                          u"Cut the silence off."_s});
     if (std::abs(measures.last) > largestLastSample)
         findings.append({FindingKind::ClickAtEnd,
                          u"The sound breaks off at %1 % of full scale."_s.arg(
-                             number(std::abs(measures.last) * 100)),
+                             oneDecimal(std::abs(measures.last) * 100)),
                          clickIsHeard, u"Fade its last milliseconds out."_s});
     return findings;
 }
