@@ -26,7 +26,8 @@ QString oneDecimal(double value)
 
 QString levelDistance(double distance)
 {
-    return u"%1 dB %2"_s.arg(oneDecimal(std::abs(distance)), distance > 0 ? u"above"_s : u"below"_s);
+    return u"%1 dB %2"_s.arg(oneDecimal(std::abs(distance)),
+                             distance > 0 ? u"above"_s : u"below"_s);
 }
 
 } // namespace
