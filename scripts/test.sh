@@ -24,7 +24,7 @@ for preset in "${presets[@]}"; do
     cmake --preset "$preset"
     cmake --build --preset "$preset"
     echo "== $preset: test"
-    ctest --preset "$preset" --parallel "$(nproc)"
+    ctest --preset "$preset" --parallel $((2 * $(nproc)))
 done
 
 leftovers=$(ls -A "$TMPDIR")
