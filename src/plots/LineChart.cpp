@@ -108,6 +108,10 @@ LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int 
     created.verticalAxis = createAxis(texts.verticalAxis, fonts);
 
     created.chart = new QChart;
+    // Before the axes: a chart lays out what it has at each of these, and in the size that it has
+    // before its window is shown, it tries many times to fit the texts.
+    created.chart->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
+    created.chart->setMinimumWidth(minimumWidth);
     created.chart->addSeries(created.series);
     created.chart->addAxis(created.horizontalAxis, Qt::AlignBottom);
     created.chart->addAxis(created.verticalAxis, Qt::AlignLeft);
@@ -117,8 +121,6 @@ LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int 
     created.chart->setTitleFont(fonts.title);
     created.chart->legend()->hide();
     created.chart->setMargins(QMargins());
-    created.chart->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
-    created.chart->setMinimumWidth(minimumWidth);
 
     followSize(created);
 
