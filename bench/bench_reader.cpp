@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -63,16 +64,18 @@ void ostrineFirst(benchmark::State &state, const std::string &path)
     }
 }
 
-/// Opens @p path, reads all its samples into @p samples, which grows as needed, and closes it.
-/// False when there are other than @p size samples.
-bool readWithSndfile(const std::string &path, std::vector<double> &samples, std::int64_t size)
+/// Opens @p path, reads all its samples into the memory that @p memoryFor returns for their number,
+/// and closes it. False when there are other than @p size samples.
+template<typename MemoryFor>
+bool readWithSndfile(const std::string &path, MemoryFor memoryFor, std::int64_t size)
 {
     SF_INFO info = {};
     SNDFILE *const file = sf_open(path.c_str(), SFM_READ, &info);
     if (file == nullptr)
         return false;
-    samples.resize(static_cast<std::size_t>(info.frames * info.channels));
-    const sf_count_t nRead = sf_read_double(file, samples.data(), std::ssize(samples));
+    const sf_count_t count = info.frames * info.channels;
+    const sf_count_t nRead =
+        sf_read_double(file, memoryFor(static_cast<std::size_t>(count)), count);
     sf_close(file);
     return nRead == size;
 }
@@ -81,23 +84,47 @@ bool readWithSndfile(const std::string &path, std::vector<double> &samples, std:
 void sndfileIntoKept(benchmark::State &state, const std::string &path)
 {
     std::vector<double> samples;
-    if (!readWithSndfile(path, samples, state.range(0)))
+    const auto memoryFor = [&samples](std::size_t count) {
+        samples.resize(count);
+        return samples.data();
+    };
+    if (!readWithSndfile(path, memoryFor, state.range(0)))
         state.SkipWithError("not loaded");
     for (auto _ : state) {
-        readWithSndfile(path, samples, state.range(0));
+        readWithSndfile(path, memoryFor, state.range(0));
         benchmark::DoNotOptimize(samples.data());
         benchmark::ClobberMemory();
     }
 }
 
-/// libsndfile into a new buffer for each file.
-void sndfileIntoNew(benchmark::State &state, const std::string &path)
+/// libsndfile into a new vector for each file.
+void sndfileIntoNewVector(benchmark::State &state, const std::string &path)
 {
     for (auto _ : state) {
         std::vector<double> samples;
-        if (!readWithSndfile(path, samples, state.range(0)))
+        const auto memoryFor = [&samples](std::size_t count) {
+            samples.resize(count);
+            return samples.data();
+        };
+        if (!readWithSndfile(path, memoryFor, state.range(0)))
             state.SkipWithError("not loaded");
         benchmark::DoNotOptimize(samples.data());
+        benchmark::ClobberMemory();
+    }
+}
+
+/// libsndfile into new memory for each file, which is not filled with zeros first.
+void sndfileIntoNewMemory(benchmark::State &state, const std::string &path)
+{
+    for (auto _ : state) {
+        std::unique_ptr<double[]> samples;
+        const auto memoryFor = [&samples](std::size_t count) {
+            samples = std::make_unique_for_overwrite<double[]>(count);
+            return samples.get();
+        };
+        if (!readWithSndfile(path, memoryFor, state.range(0)))
+            state.SkipWithError("not loaded");
+        benchmark::DoNotOptimize(samples.get());
         benchmark::ClobberMemory();
     }
 }
@@ -119,9 +146,9 @@ int main(int argc, char **argv)
         };
         add("load", "ostrine", ostrine);
         add("load", "libsndfile, kept buffer", sndfileIntoKept);
-        add("load", "libsndfile, new buffer", sndfileIntoNew);
         add("first load", "ostrine", ostrineFirst);
-        add("first load", "libsndfile, new buffer", sndfileIntoNew);
+        add("first load", "libsndfile, new vector", sndfileIntoNewVector);
+        add("first load", "libsndfile, new memory", sndfileIntoNewMemory);
     }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A plug-in of Qt that any Qt program loads as it is, when QT_QPA_GENERIC_PLUGINS names it: notes when
-// the program has painted its first window and what memory it occupies then, and ends it.
+// A plug-in of Qt that any Qt program loads as it is, when QT_QPA_GENERIC_PLUGINS names it: notes
+// when the program has painted its first window and what memory it occupies then, and ends it.
 //
-// Prints a line to the standard output: the time of the monotonic clock in nanoseconds, the resident
-// memory in bytes, and the part of it that belongs to no file.
+// Prints a line to the standard output: the time of the monotonic clock in nanoseconds, the
+// resident memory in bytes, and the part of it that belongs to no file.
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -33,8 +33,7 @@ long long statusValue(const QByteArray &name)
 [[noreturn]] void report()
 {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    std::printf("%lld %lld %lld\n",
-                static_cast<long long>(std::chrono::nanoseconds(now).count()),
+    std::printf("%lld %lld %lld\n", static_cast<long long>(std::chrono::nanoseconds(now).count()),
                 statusValue("VmRSS"), statusValue("RssAnon"));
     std::fflush(stdout);
     std::_Exit(EXIT_SUCCESS);

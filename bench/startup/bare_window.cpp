@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A bare Qt program whose start-up that of the experiment's program is compared with: a window of the
-// same size with three empty charts.
+// A bare Qt program whose start-up that of the experiment's program is compared with: a window of
+// the same size with three empty charts.
 //
 //   bare_window          charts as Qt makes them
 //   bare_window axes     charts with a line without points, two axes with titles, and a title each

@@ -166,7 +166,8 @@ void MainWindow::addRow(int row, const QList<QWidget *> &widgets)
 void MainWindow::setupGUIMainWindow()
 {
     centerAndResizeMainWindow(centerFlag, widthFraction, heightFraction);
-    // For a file that is not there, Qt would load all its image plug-ins and look what they can read.
+    // For a file that is not there, Qt would load all its image plug-ins and look what they can
+    // read.
     if (const auto icon = u":/TavelLab_icon/Tavel_logo_3D_original.ico"_s; QFile::exists(icon))
         setWindowIcon(QIcon(icon));
     setWindowTitle(u"Tavel Lab | Ostrine (v014) | Main Window"_s);

@@ -10,7 +10,12 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <iterator>
+#include <memory>
 #include <new>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
@@ -60,6 +65,59 @@ double fromSigned24(std::uint32_t value)
 {
     const auto oneLower = static_cast<std::int32_t>((value - 1) << 8) >> 8;
     return (oneLower + 1) * 1.1920928955078125e-07;
+}
+
+/// Has the system provide @p size bytes of memory at once. At the first access to each page, that
+/// would take longer than reading and converting what it is for. Does nothing for less memory than
+/// matters, and where the system cannot do it.
+void provide(void *memory, std::size_t size)
+{
+    constexpr std::size_t leastSize = std::size_t{4} << 20;
+    const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    if (size >= leastSize && std::align(pageSize, pageSize, memory, size) != nullptr)
+        madvise(memory, size, MADV_POPULATE_WRITE);
+}
+
+/// Goes through the values of @p Sample for 0, 1, 2 and so on. A vector takes them over in one go:
+/// if it was resized instead, it would first fill the new memory with zeros.
+template<typename Sample>
+class SampleIterator
+{
+public:
+    using iterator_category = std::random_access_iterator_tag;
+    using value_type = double;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const double *;
+    using reference = double;
+
+    SampleIterator(const Sample &sample, difference_type index)
+        : m_sample(&sample)
+        , m_index(index)
+    {
+    }
+
+    double operator*() const { return (*m_sample)(m_index); }
+    SampleIterator &operator++() { return *this += 1; }
+    SampleIterator &operator--() { return *this += -1; }
+    SampleIterator &operator+=(difference_type n)
+    {
+        m_index += n;
+        return *this;
+    }
+    difference_type operator-(const SampleIterator &other) const { return m_index - other.m_index; }
+    bool operator==(const SampleIterator &other) const { return m_index == other.m_index; }
+
+private:
+    const Sample *m_sample;
+    difference_type m_index;
+};
+
+/// Makes @p samples the values of @p sample for 0 .. @p count - 1.
+template<typename Sample>
+void setSamples(std::vector<double> &samples, std::size_t count, const Sample &sample)
+{
+    samples.assign(SampleIterator(sample, 0),
+                   SampleIterator(sample, static_cast<std::ptrdiff_t>(count)));
 }
 
 /// How many samples the raw bytes of @p wav make; 0 when they are incomplete.
@@ -128,6 +186,7 @@ const char *loadQuietly(CWav &wav, const std::string &filename)
             if (grown == nullptr)
                 throw std::bad_alloc();
             wav.rawData = static_cast<char *>(grown);
+            provide(wav.rawData, static_cast<std::size_t>(wav.bytesRead));
             file.read(wav.rawData, wav.bytesRead);
             wav.bytesRead = file.gcount();
         }
@@ -138,43 +197,47 @@ const char *loadQuietly(CWav &wav, const std::string &filename)
 
 double *CWav::ConvertData()
 {
-    // Existing elements are overwritten, without being removed and filled with zeros first. They
-    // are removed only when new memory is needed, so that they are not copied into it.
     const std::size_t count = convertibleSamples(*this);
     if (sampleVector.capacity() < count) {
-        sampleVector.clear();
+        sampleVector.clear(); // so that nothing is copied into the new memory
         sampleVector.reserve(count);
+        provide(sampleVector.data(), count * sizeof(double));
     }
-    sampleVector.resize(count);
-    samples = sampleVector.data();
 
     switch (bitsPerSample) {
     case 8:
-        for (std::size_t i = 0; i < count; ++i)
-            samples[i] = fromUnsigned8(integerAt<std::uint8_t>(rawData + i));
+        setSamples(sampleVector, count, [this](std::ptrdiff_t i) {
+            return fromUnsigned8(integerAt<std::uint8_t>(rawData + i));
+        });
         break;
     case 16:
-        for (std::size_t i = 0; i < count; ++i)
-            samples[i] = fromSigned16(integerAt<std::int16_t>(rawData + 2 * i));
+        setSamples(sampleVector, count, [this](std::ptrdiff_t i) {
+            return fromSigned16(integerAt<std::int16_t>(rawData + 2 * i));
+        });
         break;
-    case 24:
+    case 24: {
+        // Each sample is read as four bytes; for the last one that may be more than there are.
+        const std::size_t last = std::max<std::size_t>(count, 1) - 1;
+        setSamples(sampleVector, last, [this](std::ptrdiff_t i) {
+            return fromSigned24(integerAt<std::uint32_t>(rawData + 3 * i));
+        });
         if (count > 0) {
-            // Each sample is read as four bytes; for the last one that may be more than there are.
-            const std::size_t last = count - 1;
-            for (std::size_t i = 0; i < last; ++i)
-                samples[i] = fromSigned24(integerAt<std::uint32_t>(rawData + 3 * i));
             char padded[4] = {};
             std::memcpy(padded, rawData + 3 * last, dataSize - 3 * last);
-            samples[last] = fromSigned24(integerAt<std::uint32_t>(padded));
+            sampleVector.push_back(fromSigned24(integerAt<std::uint32_t>(padded)));
         }
         break;
+    }
     case 32:
+        sampleVector.clear();
         std::cerr << "32-bit PCM is not working yet." << std::endl;
         break;
     default:
+        sampleVector.clear();
         std::cerr << "Not recognizable bits per sample. " << std::endl;
         break;
     }
+    samples = sampleVector.data();
     return samples;
 }
 
