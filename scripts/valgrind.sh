@@ -35,11 +35,15 @@ options=(
     --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite --show-leak-kinds=definite
     --num-callers=30 --suppressions=tests/valgrind.supp
 )
-# One function of a test may take longer than the five minutes that Qt Test allows it.
-export QTEST_FUNCTION_TIMEOUT=3600000
-# The regular expressions that Qt compiles to machine code read whole vectors, past the end of a text but not of its
-# memory. A suppression could not be limited to that code, because it belongs to no library.
-export QT_ENABLE_REGEXP_JIT=0
+# Set within the private session, which takes over no variable of Qt.
+environment=(
+    QT_QPA_PLATFORM=offscreen
+    # One function of a test may take longer than the five minutes that Qt Test allows it
+    QTEST_FUNCTION_TIMEOUT=3600000
+    # The regular expressions that Qt compiles to machine code read whole vectors, past the end of a text but not of
+    # its memory. A suppression could not be limited to that code, because it belongs to no library.
+    QT_ENABLE_REGEXP_JIT=0
+)
 
 log=build/dev/valgrind
 rm -rf "$log"
@@ -52,8 +56,8 @@ for test in "${tests[@]}"; do
     fi
     start=$SECONDS
     code=0
-    QT_QPA_PLATFORM=offscreen scripts/private-session.sh valgrind "${options[@]}" --log-file="$log/$test.findings" \
-        build/dev/tests/*/"$test" "${arguments[@]}" >"$log/$test.output" 2>&1 || code=$?
+    scripts/private-session.sh env "${environment[@]}" valgrind "${options[@]}" \
+        --log-file="$log/$test.findings" build/dev/tests/*/"$test" "${arguments[@]}" >"$log/$test.output" 2>&1 || code=$?
     echo "$test: $(sed -n 's/.*ERROR SUMMARY: //p' "$log/$test.findings" | tail -n 1), exit code $code," \
         "$((SECONDS - start)) s"
     [ $code -eq 0 ] || failed+=("$test")
