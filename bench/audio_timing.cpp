@@ -12,6 +12,7 @@
 #include "support/ModalAnswer.h"
 #include "support/Noise.h"
 #include "support/OperatorWindow.h"
+#include "support/WaitFor.h"
 #include "support/WavFile.h"
 #include "timing/OtherPrograms.h"
 #include "timing/Play.h"
@@ -20,7 +21,6 @@
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QEventLoop>
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -37,29 +37,12 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <functional>
 #include <optional>
 #include <vector>
 
 namespace {
 
 constexpr size_t otherPeriod = 256; ///< samples, of another program that uses sound
-
-/// Runs the event loop as the program does, for @p ms or until @p done holds; returns whether it
-/// did. Qt Test's own functions sleep between events, which would delay the program.
-bool waitFor(const std::function<bool()> &done, int ms)
-{
-    QEventLoop loop;
-    QTimer::singleShot(ms, Qt::PreciseTimer, &loop, &QEventLoop::quit);
-    QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-        if (done())
-            loop.quit();
-    });
-    poll.start(10);
-    loop.exec();
-    return done();
-}
 
 void wait(int ms)
 {

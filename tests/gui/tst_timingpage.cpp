@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/GuiTestMain.h"
 #include "support/ModalAnswer.h"
+#include "support/WaitFor.h"
 #include "support/WavFile.h"
 #include "timing/SoundRecorder.h"
 #include "tools/TimingPage.h"
@@ -11,7 +12,6 @@
 #include <QChartView>
 #include <QClipboard>
 #include <QComboBox>
-#include <QEventLoop>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QProcess>
@@ -19,30 +19,8 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTableWidget>
-#include <QTimer>
 
 #include <memory>
-
-namespace {
-
-/// Runs the event loop as the program does, for @p ms or until @p done holds; returns whether it
-/// did. Qt Test's own functions sleep between events, which would delay the measurement.
-template<typename Condition>
-bool waitFor(Condition done, int ms)
-{
-    QEventLoop loop;
-    QTimer::singleShot(ms, &loop, &QEventLoop::quit);
-    QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-        if (done())
-            loop.quit();
-    });
-    poll.start(10);
-    loop.exec();
-    return done();
-}
-
-} // namespace
 
 /// The page of the companion that measures the timing, on a sound server of its own.
 class TestTimingPage : public QObject
