@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/Journal.h"
+#include "support/Controls.h"
 #include "support/GuiTestMain.h"
 #include "support/ModalAnswer.h"
 #include "support/WavFile.h"
@@ -42,22 +43,9 @@ private:
     template<typename Widget>
     Widget *named(const QString &name) const
     {
-        const QList<Widget *> widgets = m_window->findChildren<Widget *>();
-        for (Widget *widget : widgets) {
-            if (widget->accessibleName() == name)
-                return widget;
-        }
-        return nullptr;
+        return namedControl<Widget>(*m_window, name);
     }
-    QPushButton *button(const QString &text) const
-    {
-        const QList<QPushButton *> buttons = m_window->findChildren<QPushButton *>();
-        for (QPushButton *button : buttons) {
-            if (button->text() == text)
-                return button;
-        }
-        return nullptr;
-    }
+    QPushButton *button(const QString &text) const { return shownButton(*m_window, text); }
     void click(const QString &text) const { QTest::mouseClick(button(text), Qt::LeftButton); }
     QTableWidget *sessions() const { return named<QTableWidget>("Sessions"); }
     QTableWidget *answers() const { return named<QTableWidget>("Answers of the chosen session"); }
@@ -117,7 +105,7 @@ bool TestSessionsPage::open()
         if (pages->tabText(page) == "Sessions")
             pages->setCurrentIndex(page);
     }
-    return QTest::qWaitFor([this] { return button("Re&fresh")->isEnabled(); });
+    return QTest::qWaitFor([this] { return button("Refresh")->isEnabled(); });
 }
 
 QStringList TestSessionsPage::row(const QTableWidget *table, int row)
@@ -151,9 +139,9 @@ void TestSessionsPage::anEmptyFolderIsSaidAndOffersNothing()
     QVERIFY(open());
     QVERIFY(shownText().contains("There are no sessions in " + journalFolder() + '.'));
     QCOMPARE(sessions()->rowCount(), 0);
-    QVERIFY(!button("&Restore…")->isEnabled());
-    QVERIFY(!button("&Delete…")->isEnabled());
-    QVERIFY(!button("&Stop")->isVisible());
+    QVERIFY(!button("Restore…")->isEnabled());
+    QVERIFY(!button("Delete…")->isEnabled());
+    QVERIFY(!button("Stop")->isVisible());
 }
 
 // Catches a column with another's text, and an old session shown first.
@@ -226,8 +214,8 @@ void TestSessionsPage::sessionsWhoseAnswersAreInNoFileAreMarked()
     QVERIFY(shownText().contains("All answers that were to be saved are in their files."));
 
     QVERIFY(QFile::remove(path("r_entries.txt")));
-    click("Re&fresh");
-    QTRY_VERIFY(button("Re&fresh")->isEnabled());
+    click("Refresh");
+    QTRY_VERIFY(button("Refresh")->isEnabled());
     QCOMPARE(row(sessions(), 0).last(), "r_entries.txt gone");
     QVERIFY(!sessions()->item(0, 6)->icon().isNull());
     QVERIFY(shownText().contains("1 session has answers that are not"));
@@ -242,7 +230,7 @@ void TestSessionsPage::restoringWritesTheThreeFiles()
     choose(1);
     ModalAnswer modals;
     modals.choose(path("again.txt")).press(QMessageBox::Ok);
-    click("&Restore…");
+    click("Restore…");
     QCOMPARE(modals.problem(), "");
     QCOMPARE(modals.dialogs().at(0).typed, "CHD_practice003.txt");
     QCOMPARE(modals.boxes().at(0).text,
@@ -260,7 +248,7 @@ void TestSessionsPage::aRestoreThatFailsIsExplained()
     QVERIFY(QDir().mkpath(path("again_entries.txt")));
     ModalAnswer modals;
     modals.choose(path("again.txt")).press(QMessageBox::Ok);
-    click("&Restore…");
+    click("Restore…");
     QCOMPARE(modals.problem(), "");
     QCOMPARE(modals.boxes().at(0).icon, QMessageBox::Warning);
     QVERIFY(modals.boxes().at(0).text.contains("again_entries.txt"));
@@ -275,7 +263,7 @@ void TestSessionsPage::deletingAsksFirst()
     {
         ModalAnswer modals;
         modals.press(QMessageBox::No);
-        click("&Delete…");
+        click("Delete…");
         QCOMPARE(modals.problem(), "");
         QCOMPARE(modals.boxes().at(0).defaultButton, QMessageBox::No);
         QVERIFY(modals.boxes().at(0).text.contains("CHD009"));
@@ -284,7 +272,7 @@ void TestSessionsPage::deletingAsksFirst()
     QVERIFY(QFile::exists(journalFolder() + "/2.jsonl"));
     ModalAnswer modals;
     modals.press(QMessageBox::Yes);
-    click("&Delete…");
+    click("Delete…");
     QCOMPARE(modals.problem(), "");
     QTRY_COMPARE(sessions()->rowCount(), 1);
     QVERIFY(!QFile::exists(journalFolder() + "/2.jsonl"));
@@ -299,7 +287,7 @@ void TestSessionsPage::aJournalDeletedMeanwhileIsExplained()
     QVERIFY(QFile::remove(journalFolder() + "/1.jsonl"));
     ModalAnswer modals;
     modals.press(QMessageBox::Yes).press(QMessageBox::Ok);
-    click("&Delete…");
+    click("Delete…");
     QCOMPARE(modals.problem(), "");
     QVERIFY(modals.boxes().at(1).text.contains("There is no journal named 1"));
     QTRY_COMPARE(sessions()->rowCount(), 0);
@@ -311,8 +299,10 @@ void TestSessionsPage::everyControlHasANameAndIsReachedByTheTabKey()
     writeJournal("1", 8);
     QVERIFY(open());
     QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-    QList<QWidget *> expected = {button("Re&fresh"), button("&Restore…"), button("&Delete…"),
+    QList<QWidget *> expected = {button("Refresh"), button("Restore…"), button("Delete…"),
                                  sessions(), answers()};
+    for (const char *text : {"Refresh", "Restore…", "Delete…"})
+        QVERIFY2(!button(text)->shortcut().isEmpty(), text);
     QList<QWidget *> reached;
     for (int key = 0; key < 20; ++key) {
         QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : m_window.get(),

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/Controls.h"
 #include "support/GuiTestMain.h"
 #include "support/ModalAnswer.h"
 #include "support/WaitFor.h"
@@ -44,22 +45,9 @@ private:
     template<typename Widget>
     Widget *named(const QString &name) const
     {
-        const QList<Widget *> widgets = m_page->findChildren<Widget *>();
-        for (Widget *widget : widgets) {
-            if (widget->accessibleName() == name)
-                return widget;
-        }
-        return nullptr;
+        return namedControl<Widget>(*m_page, name);
     }
-    QPushButton *button(const QString &text) const
-    {
-        const QList<QPushButton *> buttons = m_page->findChildren<QPushButton *>();
-        for (QPushButton *button : buttons) {
-            if (button->text().remove('&') == text)
-                return button;
-        }
-        return nullptr;
-    }
+    QPushButton *button(const QString &text) const { return shownButton(*m_page, text); }
     void click(const QString &text) const { QTest::mouseClick(button(text), Qt::LeftButton); }
     QString verdict() const { return named<QLabel>("Verdict")->text(); }
     QString sentence() const
