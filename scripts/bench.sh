@@ -14,3 +14,6 @@ for benchmark in build/bench/bench/bench_*; do
         QT_QPA_PLATFORM=offscreen bench/compare.py "$benchmark"
     fi
 done
+
+echo
+QT_QPA_PLATFORM=offscreen bench/startup.py build/bench
