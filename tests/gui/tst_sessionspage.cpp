@@ -32,6 +32,7 @@ private slots:
     void anEmptyFolderIsSaidAndOffersNothing();
     void eachSessionIsARowAndTheLatestIsShown();
     void choosingASessionShowsItsAnswers();
+    void aRefreshKeepsEachRowTogether();
     void sessionsWhoseAnswersAreInNoFileAreMarked();
     void restoringWritesTheThreeFiles();
     void aRestoreThatFailsIsExplained();
@@ -111,8 +112,10 @@ bool TestSessionsPage::open()
 QStringList TestSessionsPage::row(const QTableWidget *table, int row)
 {
     QStringList texts;
-    for (int column = 0; column < table->columnCount(); ++column)
-        texts.append(table->item(row, column)->text());
+    for (int column = 0; column < table->columnCount(); ++column) {
+        const QTableWidgetItem *item = table->item(row, column);
+        texts.append(item != nullptr ? item->text() : QString());
+    }
     return texts;
 }
 
@@ -195,6 +198,28 @@ void TestSessionsPage::choosingASessionShowsItsAnswers()
     QCOMPARE(trials->max() / (trials->tickCount() - 1), 1.0);
     choose(1);
     QCOMPARE(line->points(), QList<QPointF>({{1, 500}, {2, 700}, {3, 1200}}));
+}
+
+// Catches a table that sorts itself while it is filled, so that a row gets texts of several
+// sessions.
+void TestSessionsPage::aRefreshKeepsEachRowTogether()
+{
+    writeJournal("1", 8);
+    writeJournal("2", 7, R"({"type":"end","end":"broken off"})");
+    writeJournal("3", 9);
+    QVERIFY(open());
+    QList<QStringList> rows;
+    for (int i = 0; i < 3; ++i)
+        rows.append(row(sessions(), i));
+    for (int column = 0; column < sessions()->columnCount(); ++column) {
+        for (const Qt::SortOrder order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
+            sessions()->sortByColumn(column, order);
+            click("Refresh");
+            QTRY_VERIFY(button("Refresh")->isEnabled());
+            for (int i = 0; i < 3; ++i)
+                QCOMPARE(row(sessions(), i), rows.at(i));
+        }
+    }
 }
 
 // Catches a mark by colour alone, at the wrong session, or none.

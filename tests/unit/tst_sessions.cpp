@@ -30,6 +30,8 @@ private slots:
     void changesOfTheResultFilesAreSeen_data();
     void changesOfTheResultFilesAreSeen();
     void aSessionSavedUnderTheSameNameIsNamed();
+    void onlyAFileWrittenToTheSamePathOverwrites_data();
+    void onlyAFileWrittenToTheSamePathOverwrites();
     void theLastSaveThatWroteAFileCounts();
     void onlyAnswersThatAreInNoFileNeedAttention_data();
     void onlyAnswersThatAreInNoFileNeedAttention();
@@ -255,6 +257,31 @@ void TestSessions::aSessionSavedUnderTheSameNameIsNamed()
     QCOMPARE(stateText(found.sessions.at(2).files.at(0)), "changed");
 }
 
+void TestSessions::onlyAFileWrittenToTheSamePathOverwrites_data()
+{
+    QTest::addColumn<QString>("fileName");
+    QTest::addColumn<QByteArray>("hash"); // empty: the file could not be written
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("same path") << "x.txt" << QByteArray(64, 'a') << "overwritten by 2";
+    QTest::newRow("another path") << "y.txt" << QByteArray(64, 'a') << "changed";
+    QTest::newRow("failed") << "x.txt" << QByteArray() << "changed";
+}
+
+// Catches a later session that is blamed for a change though it wrote another file, or none.
+void TestSessions::onlyAFileWrittenToTheSamePathOverwrites()
+{
+    QFETCH(const QString, fileName);
+    QFETCH(const QByteArray, hash);
+    QFETCH(const QString, expected);
+    write("1.jsonl", answer1 + finished + saveLine({"first"}), 8);
+    write("2.jsonl",
+          answer1 + finished + R"({"type":"save","files":[{"path":")" + path(fileName).toUtf8() +
+              R"(","sha256":")" + hash + "\"}]}\n",
+          9);
+    QVERIFY(writeFile(path("x.txt"), "changed by hand"));
+    QCOMPARE(stateText(find().sessions.at(0).files.at(0)), expected);
+}
+
 // Catches a cancelled save that hides one that wrote the files, and files of a failed save.
 void TestSessions::theLastSaveThatWroteAFileCounts()
 {
@@ -332,12 +359,18 @@ void TestSessions::aSessionIsRestoredByItsName()
                 .contains("\noutputFilePath: " + path("new/r.txt").toUtf8() + '\n'));
 }
 
-// Catches empty result files made for a session that does not exist.
+// Catches empty result files made for a session that does not exist, and a wait for a pipe of its
+// name.
 void TestSessions::aSessionThatIsNotThereIsNamed()
 {
-    QVERIFY(!restoreSession(m_folder->path(), "3", path("r.txt"), m_warn));
-    QCOMPARE(m_warnings, QStringList{"There is no journal named 3 in " + m_folder->path() +
-                                     ", or it cannot be read."});
+    QCOMPARE(mkfifo(QFile::encodeName(path("4.jsonl")).constData(), 0600), 0);
+    QStringList expected;
+    for (const QString &name : {QString("3"), QString("4")}) {
+        QVERIFY(!restoreSession(m_folder->path(), name, path("r.txt"), m_warn));
+        expected.append("There is no journal named " + name + " in " + m_folder->path() +
+                        ", or it cannot be read.");
+    }
+    QCOMPARE(m_warnings, expected);
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files).size(), 0);
 }
 
