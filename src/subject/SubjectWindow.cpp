@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "subject/SubjectWindow.h"
 
+#include "subject/LargeTextButton.h"
 #include "subject/WindowGeometry.h"
 
 #include <QCloseEvent>
@@ -9,7 +10,6 @@
 #include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QScreen>
 #include <QWindow>
 
@@ -53,11 +53,11 @@ public:
 
 SubjectWindow::SubjectWindow(QWidget *parent)
     : QMainWindow(parent)
-    , pushButtonChoice2(new QPushButton(u"Mother"_s))
-    , pushButtonChoice4(new QPushButton(u"Stranger"_s))
-    , pushButtonIAmReady(new QPushButton(u"I am ready"_s))
-    , pushButtonNext(new QPushButton(u"Next"_s))
-    , pushButtonDone(new QPushButton(u"Done"_s))
+    , pushButtonChoice2(new LargeTextButton(u"Mother"_s))
+    , pushButtonChoice4(new LargeTextButton(u"Stranger"_s))
+    , pushButtonIAmReady(new LargeTextButton(u"I am ready"_s))
+    , pushButtonNext(new LargeTextButton(u"Next"_s))
+    , pushButtonDone(new LargeTextButton(u"Done"_s))
     , labelResult(new QLabel(u"Threshold = "_s))
     , gridLayout(new QGridLayout)
     , centralWidget(new QWidget)
@@ -99,7 +99,9 @@ void SubjectWindow::setupGUISubjectWindow()
     pushButtonChoice2->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     pushButtonChoice4->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     pushButtonNext->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    pushButtonNext->setMinimumHeight(60);
+    for (LargeTextButton *button : {pushButtonIAmReady, pushButtonNext, pushButtonDone})
+        button->setMinimumHeight(60);
+    LargeTextButton::matchTexts({pushButtonChoice2, pushButtonChoice4});
     labelResult->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     labelResult->setAlignment(Qt::AlignHCenter);
     labelResult->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -197,6 +199,8 @@ void SubjectWindow::updateSubjectWindow(int state)
         u" QPushButton {background-color: rgb(190, 190, 190); border: none;} "_s);
     pushButtonChoice2->setStyleSheet(hoverStyle);
     pushButtonChoice4->setStyleSheet(hoverStyle);
+    pushButtonChoice2->setPictured(false);
+    pushButtonChoice4->setPictured(false);
     enableAllChoiceButtons();
     setEnabled(true);
     pushButtonNext->setVisible(!autoPlay);
@@ -204,12 +208,14 @@ void SubjectWindow::updateSubjectWindow(int state)
         pushButtonNext->setEnabled(false);
 }
 
-void SubjectWindow::respond(QPushButton *button, Category answer, ResponseCode code)
+void SubjectWindow::respond(LargeTextButton *button, Category answer, ResponseCode code)
 {
     disableAllChoiceButtons();
     pushButtonNext->setEnabled(true);
-    if (feedBack)
+    if (feedBack) {
         button->setStyleSheet(feedbackStyle(tokenCategory(wavFileName, subCode) == answer));
+        button->setPictured(true);
+    }
     emit subjectResponded(code);
 }
 

@@ -8,9 +8,9 @@
 
 #include <array>
 
+class LargeTextButton;
 class QGridLayout;
 class QLabel;
-class QPushButton;
 
 /// The codes that subjectResponded(int) carries.
 enum ResponseCode {
@@ -69,7 +69,7 @@ protected:
 
 private:
     /// Takes @p answer, given by @p button: shows the feedback picture and then emits the signal.
-    void respond(QPushButton *button, Category answer, ResponseCode code);
+    void respond(LargeTextButton *button, Category answer, ResponseCode code);
 
     /// Disables the window and both answer buttons, but not the question whether to close, which
     /// may be open: as a child of the window it would be disabled too.
@@ -78,11 +78,11 @@ private:
     /// Locks the window until the next token has been heard.
     void awaitToken();
 
-    QPushButton *pushButtonChoice2;
-    QPushButton *pushButtonChoice4;
-    QPushButton *pushButtonIAmReady;
-    QPushButton *pushButtonNext;
-    QPushButton *pushButtonDone;
+    LargeTextButton *pushButtonChoice2;
+    LargeTextButton *pushButtonChoice4;
+    LargeTextButton *pushButtonIAmReady;
+    LargeTextButton *pushButtonNext;
+    LargeTextButton *pushButtonDone;
     QLabel *labelResult;
     QGridLayout *gridLayout;
     QWidget *centralWidget;

@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QScreen>
 #include <QSignalSpy>
 
@@ -50,10 +51,21 @@ private slots:
     void theFeedbackPicturesAreInTheProgram_data();
     void theFeedbackPicturesAreInTheProgram();
 
+    void theAnswersAreAsLargeAsFits_data();
+    void theAnswersAreAsLargeAsFits();
+    void theOtherButtonsAreAlikeAndReadable();
+    void theWindowCanShrinkAgain();
+    void aLargeSystemFontIsKept();
+    void pictureAndTextDoNotHideEachOther_data();
+    void pictureAndTextDoNotHideEachOther();
+
     void eachStateShowsAndEnablesItsButtons_data();
     void eachStateShowsAndEnablesItsButtons();
     void eachButtonSendsItsCodeOnce_data();
     void eachButtonSendsItsCodeOnce();
+    void eachTapCountsOnce_data();
+    void eachTapCountsOnce();
+    void aTapLeavesNoButtonHighlighted();
     void aTokenTakesOneAnswerAndOneNext();
     void theAnswerButtonsAreSwitchedTogetherAndAlone();
 
@@ -75,6 +87,8 @@ private slots:
 private:
     QPushButton *button(const char *name) const { return m_window->findChild<QPushButton *>(name); }
     void click(const char *name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
+    void tap(const char *name) const;
+    QRect inked(const QPushButton *button) const;
     QStringList visible() const;
     QStringList enabled() const;
 
@@ -113,6 +127,31 @@ QStringList TestSubjectWindow::enabled() const
             names.append(name);
     }
     return names;
+}
+
+/// Touches a button with a finger.
+void TestSubjectWindow::tap(const char *name) const
+{
+    static QPointingDevice *const screen = QTest::createTouchDevice();
+    QWidget *target = button(name);
+    const QPoint middle = target->rect().center();
+    QTest::touchEvent(target, screen).press(0, middle, target);
+    QTest::touchEvent(target, screen).release(0, middle, target);
+}
+
+/// The pixels of @p button, without its edge, that are much darker than its background: its text.
+QRect TestSubjectWindow::inked(const QPushButton *button) const
+{
+    const QImage image = m_window->grab().toImage();
+    const QRect area(button->mapTo(m_window.get(), QPoint()), button->size());
+    QRect found;
+    for (int x = area.left() + 4; x <= area.right() - 4; ++x) {
+        for (int y = area.top() + 4; y <= area.bottom() - 4; ++y) {
+            if (image.pixelColor(x, y).lightness() < 128)
+                found |= QRect(x, y, 1, 1);
+        }
+    }
+    return found.translated(-area.topLeft());
 }
 
 // Catches a signal or slot that is missing, out of order or with other arguments.
@@ -233,10 +272,180 @@ void TestSubjectWindow::theFeedbackPicturesAreInTheProgram()
     QVERIFY(picture.hasAlphaChannel());
     QVERIFY(picture != QImage(":/imageFiles/" +
                               QString(path.contains("/inc") ? "correct.png" : "incorrect.png")));
-    bool somethingDrawn = false;
-    for (int x = 0; x < picture.width() && !somethingDrawn; ++x)
-        somethingDrawn = qAlpha(picture.pixel(x, picture.height() / 2)) == 255;
-    QVERIFY(somethingDrawn);
+    QRect drawn;
+    for (int x = 0; x < picture.width(); ++x) {
+        for (int y = 0; y < picture.height(); ++y) {
+            if (qAlpha(picture.pixel(x, y)) > 0)
+                drawn |= QRect(x, y, 1, 1);
+        }
+    }
+    QVERIFY(drawn.width() >= 160 && drawn.width() <= 180);
+    QVERIFY(drawn.height() >= 120 && drawn.height() <= 134);
+    QVERIFY((drawn.center() - picture.rect().center()).manhattanLength() <= 2);
+}
+
+void TestSubjectWindow::theAnswersAreAsLargeAsFits_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("small screen at twice the scale") << QSize(384, 216);
+    QTest::newRow("1024 x 768") << QSize(409, 307);
+    QTest::newRow("1366 x 768") << QSize(546, 307);
+    QTest::newRow("1920 x 1080") << QSize(768, 432);
+    QTest::newRow("maximised") << QSize(1366, 740);
+    QTest::newRow("wide and low") << QSize(1200, 216);
+}
+
+// Catches answers in letters that nobody reads from two metres, that are clipped or touch the
+// edge, or of which one is larger than the other.
+void TestSubjectWindow::theAnswersAreAsLargeAsFits()
+{
+    QFETCH(const QSize, size);
+    m_window->resize(size);
+    m_window->receiveFeedBackStatus(true);
+    click("pushButtonIAmReady");
+    m_window->updateSubjectWindow(-1);
+    QCoreApplication::processEvents();
+    const QPushButton *mother = button("pushButtonChoice2");
+    const QPushButton *stranger = button("pushButtonChoice4");
+    QCOMPARE(mother->font(), stranger->font());
+    for (const QPushButton *answer : {mother, stranger}) {
+        const QRect text = inked(answer);
+        const QRect bounds = answer->rect();
+        // At least a tenth of the edge stays free, in all, and either direction is used up.
+        QVERIFY(text.width() <= bounds.width() * 0.92);
+        QVERIFY(text.height() <= bounds.height() * 0.6);
+        QVERIFY((text.center() - bounds.center()).manhattanLength() < 4 + bounds.height() / 10);
+    }
+    const QRect longer = inked(stranger);
+    QVERIFY(longer.width() >= stranger->width() * 0.8 ||
+            longer.height() >= stranger->height() * 0.4);
+    // Capital letters of 6 mm on a screen of 96 dots per inch.
+    QVERIFY(inked(mother).height() >= 23);
+}
+
+// Catches a first or last button that is lower than "Next" or written smaller.
+void TestSubjectWindow::theOtherButtonsAreAlikeAndReadable()
+{
+    m_window->resize(546, 307);
+    m_window->receiveFeedBackStatus(true);
+    QCoreApplication::processEvents();
+    const auto look = [this](const char *name) {
+        return QPair(button(name)->height(), button(name)->font().pixelSize());
+    };
+    const auto ready = look("pushButtonIAmReady");
+    QVERIFY(inked(button("pushButtonIAmReady")).height() >= 20);
+    click("pushButtonIAmReady");
+    m_window->updateSubjectWindow(-1);
+    click("pushButtonChoice2");
+    QCoreApplication::processEvents();
+    QCOMPARE(look("pushButtonNext"), ready);
+    m_window->finishExperiment(0.25, 0.0, 0);
+    QCoreApplication::processEvents();
+    QCOMPARE(look("pushButtonDone"), ready);
+}
+
+// Catches a window that keeps the room for its large letters when it is made small again, and
+// letters that stay large.
+void TestSubjectWindow::theWindowCanShrinkAgain()
+{
+    m_window->receiveFeedBackStatus(true);
+    click("pushButtonIAmReady");
+    m_window->updateSubjectWindow(-1);
+    m_window->resize(320, 260);
+    QCoreApplication::processEvents();
+    const int small = button("pushButtonChoice2")->font().pixelSize();
+    const QSize least = m_window->minimumSizeHint();
+    m_window->resize(800, 760);
+    QCoreApplication::processEvents();
+    QVERIFY(button("pushButtonChoice2")->font().pixelSize() > 2 * small);
+    QCOMPARE(m_window->minimumSizeHint(), least);
+    m_window->resize(320, 260);
+    QCoreApplication::processEvents();
+    QCOMPARE(m_window->size(), QSize(320, 260));
+    QCOMPARE(button("pushButtonChoice2")->font().pixelSize(), small);
+}
+
+// Catches letters that are smaller than those of the desktop, or clipped because of them.
+void TestSubjectWindow::aLargeSystemFontIsKept()
+{
+    const QFont usual = QApplication::font();
+    QFont large = usual;
+    large.setPixelSize(36);
+    QApplication::setFont(large);
+    const auto restore = qScopeGuard([&] { QApplication::setFont(usual); });
+    init();
+    m_window->resize(1, 1);
+    m_window->receiveFeedBackStatus(true);
+    click("pushButtonIAmReady");
+    m_window->updateSubjectWindow(-1);
+    QCoreApplication::processEvents();
+    for (const char *name : {"pushButtonChoice2", "pushButtonChoice4", "pushButtonNext"}) {
+        const QPushButton *shown = button(name);
+        QVERIFY(shown->font().pixelSize() >= 36);
+        QVERIFY(shown->fontMetrics().horizontalAdvance(shown->text()) <= shown->width());
+        QVERIFY(shown->fontMetrics().height() <= shown->height());
+    }
+}
+
+void TestSubjectWindow::pictureAndTextDoNotHideEachOther_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QString>("pressed");
+    for (const QSize size : {QSize(409, 307), QSize(546, 307), QSize(768, 432), QSize(800, 760)}) {
+        QTest::addRow("mother, %d x %d", size.width(), size.height())
+            << size << "pushButtonChoice2";
+        QTest::addRow("stranger, %d x %d", size.width(), size.height())
+            << size << "pushButtonChoice4";
+    }
+}
+
+// Catches a text that lies over the feedback picture, is clipped below it or stays there when the
+// picture has gone, and a picture that is clipped, from the window on a screen of 1024 x 768 on.
+void TestSubjectWindow::pictureAndTextDoNotHideEachOther()
+{
+    QFETCH(const QSize, size);
+    QFETCH(const QString, pressed);
+    m_window->resize(size);
+    m_window->receiveFeedBackStatus(true);
+    m_window->receiveSubCode("CHD001");
+    m_window->receiveWavFileName("MOV001_01.wav");
+    click("pushButtonIAmReady");
+    m_window->updateSubjectWindow(-1);
+    QCoreApplication::processEvents();
+    QPushButton *answer = button(pressed.toLatin1());
+    const QImage before = answer->grab().toImage();
+    click(pressed.toLatin1());
+    const QImage picture(pressed == "pushButtonChoice2" ? ":/imageFiles/correct.png"
+                                                        : ":/imageFiles/incorrect.png");
+
+    const QImage shown = answer->grab().toImage();
+    answer->setText("");
+    const QImage withoutText = answer->grab().toImage();
+    QRect text;
+    QRect drawn;
+    const QPoint offset = shown.rect().center() - picture.rect().center();
+    for (int x = 0; x < shown.width(); ++x) {
+        for (int y = 0; y < shown.height(); ++y) {
+            if (shown.pixel(x, y) != withoutText.pixel(x, y))
+                text |= QRect(x, y, 1, 1);
+        }
+    }
+    for (int x = 0; x < picture.width(); ++x) {
+        for (int y = 0; y < picture.height(); ++y) {
+            if (qAlpha(picture.pixel(x, y)) > 0)
+                drawn |= QRect(QPoint(x, y) + offset, QSize(1, 1));
+        }
+    }
+    QVERIFY(shown.rect().contains(drawn));
+    QVERIFY(text.height() >= 20);
+    QVERIFY(text.top() > drawn.bottom());
+    QVERIFY(text.bottom() < shown.height() - 1);
+    QVERIFY(text.left() > 1 && text.right() < shown.width() - 2);
+
+    answer->setText(pressed == "pushButtonChoice2" ? "Mother" : "Stranger");
+    m_window->updateSubjectWindow(-1);
+    QCoreApplication::processEvents();
+    QCOMPARE(answer->grab().toImage(), before);
 }
 
 void TestSubjectWindow::eachStateShowsAndEnablesItsButtons_data()
@@ -361,6 +570,49 @@ void TestSubjectWindow::eachButtonSendsItsCodeOnce()
     click(QTest::currentDataTag());
     QCOMPARE(responses.size(), 1);
     QCOMPARE(responses.at(0).at(0).toInt(), code);
+}
+
+void TestSubjectWindow::eachTapCountsOnce_data()
+{
+    eachButtonSendsItsCodeOnce_data();
+}
+
+// Catches a button that does not answer to a finger, or answers twice to one tap or to a second tap
+// that follows at once.
+void TestSubjectWindow::eachTapCountsOnce()
+{
+    QFETCH(const int, code);
+    m_window->receiveFeedBackStatus(true);
+    if (code != 0) {
+        tap("pushButtonIAmReady");
+        m_window->updateSubjectWindow(-1);
+        QCoreApplication::processEvents();
+    }
+    if (code == 5)
+        tap("pushButtonChoice2");
+    const QSignalSpy responses(m_window.get(), &SubjectWindow::subjectResponded);
+    tap(QTest::currentDataTag());
+    QCOMPARE(responses.size(), 1);
+    QCOMPARE(responses.at(0).at(0).toInt(), code);
+    tap(QTest::currentDataTag());
+    QCOMPARE(responses.size(), 1);
+}
+
+// Catches the button of the last tap in another colour than the other, as if a mouse pointed at it,
+// while the next answer is awaited.
+void TestSubjectWindow::aTapLeavesNoButtonHighlighted()
+{
+    tap("pushButtonIAmReady");
+    for (const char *name : {"pushButtonChoice2", "pushButtonChoice4"}) {
+        m_window->updateSubjectWindow(-1);
+        QCoreApplication::processEvents();
+        const QImage before = button(name)->grab().toImage();
+        tap(name);
+        m_window->updateSubjectWindow(1);
+        m_window->updateSubjectWindow(-1);
+        QCoreApplication::processEvents();
+        QCOMPARE(button(name)->grab().toImage().pixelColor(10, 10), before.pixelColor(10, 10));
+    }
 }
 
 // Catches a second answer to the same token, by either button, and a second Next.
