@@ -201,6 +201,9 @@ void MainWindow::setupGUIMainWindow()
     for (QPushButton *button :
          {pushButtonPractice, pushButtonExperiment, pushButtonGo, pushButtonQuit})
         button->setMinimumHeight(60);
+    // The trend chart has the longest title at its vertical axis.
+    for (int row = 0; row <= 2; ++row)
+        gridLayoutPlots->setRowStretch(row, row == 2 ? 5 : 4);
     gridLayoutMain->setColumnStretch(0, 1);
     gridLayoutMain->setColumnStretch(1, 2);
 }

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "plots/LineChart.h"
 
+#include "plots/PaletteChartView.h"
+
 #include <QChart>
-#include <QChartView>
 #include <QGraphicsLayout>
 #include <QLegend>
 #include <QLineSeries>
@@ -121,11 +122,11 @@ LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int 
     created.chart->setTitleFont(fonts.title);
     created.chart->legend()->hide();
     created.chart->setMargins(QMargins());
+    created.chart->layout()->setContentsMargins(0, 0, 0, 0);
 
     followSize(created);
 
-    created.view = new QChartView(created.chart);
-    created.view->setRenderHint(QPainter::Antialiasing);
+    created.view = new PaletteChartView(created.chart);
     return created;
 }
 

@@ -40,8 +40,9 @@ struct LineChart
     QChartView *view = nullptr;
 };
 
-/// An empty chart at least @p minimumWidth pixels wide: without a legend, without margins, drawn
-/// with antialiasing. Ranges and label formats are left as Qt sets them.
+/// An empty chart at least @p minimumWidth pixels wide: without a legend, without margins, in the
+/// colours of the palette, drawn with antialiasing. Ranges and label formats are left as Qt sets
+/// them.
 LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int minimumWidth);
 
 /// Replaces the chart's line by one through @p points, and the ranges of its axes by these. An axis

@@ -2,6 +2,7 @@
 #include "tools/TimingPage.h"
 
 #include "data/DesktopFolder.h"
+#include "plots/PaletteChartView.h"
 #include "timing/SoundServerInfo.h"
 #include "tools/TimingDocument.h"
 
@@ -144,8 +145,6 @@ QChartView *TimingPage::createHistogram()
     m_countAxis->setTitleText(u"Plays"_s);
     m_countAxis->setLabelFormat(u"%d"_s);
     auto *chart = new QChart;
-    chart->setTheme(palette().window().color().lightness() < 128 ? QChart::ChartThemeDark
-                                                                 : QChart::ChartThemeLight);
     chart->addSeries(m_bars);
     chart->addAxis(m_binAxis, Qt::AlignBottom);
     chart->addAxis(m_countAxis, Qt::AlignLeft);
@@ -154,10 +153,8 @@ QChartView *TimingPage::createHistogram()
     chart->setTitle(u"Start of the Reaction Clock after the End of the Token"_s);
     chart->legend()->hide();
     chart->setMargins(QMargins());
-    auto *view = new QChartView(chart);
-    view->setRenderHint(QPainter::Antialiasing);
+    auto *view = new PaletteChartView(chart);
     view->setMinimumSize(leastChart);
-    view->setFocusPolicy(Qt::NoFocus);
     view->setAccessibleName(u"Histogram of the clock zero error"_s);
     return view;
 }

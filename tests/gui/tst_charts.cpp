@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "subject/SubjectWindow.h"
+#include "support/Contrast.h"
 #include "support/GuiTestMain.h"
 #include "support/ModalAnswer.h"
 #include "support/OperatorWindow.h"
@@ -15,6 +16,7 @@
 #include <QLineEdit>
 #include <QLineSeries>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSet>
 #include <QValueAxis>
 
@@ -169,6 +171,11 @@ private slots:
     void oneTokenIsShownInTheMiddleEvenAfterTen();
 
     void exampleTokensAreDrawnInEveryChart();
+
+    void theChartsFollowThePalette_data();
+    void theChartsFollowThePalette();
+    void theTitlesAreWholeOnASmallScreen_data();
+    void theTitlesAreWholeOnASmallScreen();
 
 private:
     bool prepare(const QString &folder) const;
@@ -931,6 +938,86 @@ void TestCharts::exampleTokensAreDrawnInEveryChart()
                 colours.insert(image.pixel(x, y));
         }
         QVERIFY2(colours.size() > 10, qPrintable(view.key()));
+    }
+}
+
+void TestCharts::theChartsFollowThePalette_data()
+{
+    QTest::addColumn<bool>("startsDark");
+    QTest::addColumn<bool>("isDark");
+    QTest::newRow("light") << false << false;
+    QTest::newRow("dark") << true << true;
+    QTest::newRow("turns dark") << false << true;
+    QTest::newRow("turns light") << true << false;
+}
+
+// Catches a chart that stays white on a dark desktop, keeps its colours when the palette changes,
+// or has texts, lines or axes that cannot be told from their background, also during a session.
+void TestCharts::theChartsFollowThePalette()
+{
+    QFETCH(const bool, startsDark);
+    QFETCH(const bool, isDark);
+    const QPalette before = QApplication::palette();
+    const auto restore = qScopeGuard([&] { QApplication::setPalette(before); });
+    const QPalette dark(QColor(60, 60, 60), QColor(40, 40, 40));
+    QApplication::setPalette(startsDark ? dark : before);
+    init();
+    QVERIFY(prepare(QFINDTESTDATA("../../examples/tokens")));
+    m_window->setEnabled(false);
+    QApplication::setPalette(isDark ? dark : before);
+    settle();
+
+    const QColor base = QApplication::palette().color(QPalette::Base);
+    QCOMPARE(base.lightness() < 128, isDark);
+    for (const LineChart *chart :
+         {&m_window->waveformChart, &m_window->spectrumChart, &m_window->trendChart}) {
+        const QImage image = chart->view->grab().toImage();
+        const QRect plot = plotArea(*chart);
+        QCOMPARE(image.pixelColor(plot.right() - 20, plot.top() - 5), base);
+        QVERIFY(highestContrast(image, QRect(0, 2, image.width(), plot.top() - 10), base) >= 4.5);
+        QVERIFY(highestContrast(image, QRect(2, plot.top(), 15, plot.height()), base) >= 4.5);
+        const int below = plot.bottom() + 6;
+        QVERIFY(highestContrast(image, QRect(2, below, image.width() - 4, 12), base) >= 4.5);
+        QVERIFY(contrast(chart->series->color(), base) >= 2.5);
+        QVERIFY(!paintedLine(*chart).isNull());
+        // A grid line, which the line does not cover, and the vertical axis.
+        const QRect gridLine(plot.right() - 10, plot.top() - 1, 1, 3);
+        const double grid = highestContrast(image, gridLine, base);
+        QVERIFY2(grid > 1.1 && grid < 3, qPrintable(QString::number(grid)));
+        const QRect axis(plot.left() - 1, plot.top() + plot.height() / 8, 3, 1);
+        QVERIFY(highestContrast(image, axis, base) >= 2);
+    }
+}
+
+void TestCharts::theTitlesAreWholeOnASmallScreen_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("1024 x 768") << QSize(819, 691);
+    QTest::newRow("1366 x 768") << QSize(1092, 691);
+    QTest::newRow("1920 x 1080") << QSize(1536, 972);
+}
+
+// Catches an axis or a chart whose title has no room, and a line that has too little because of it.
+void TestCharts::theTitlesAreWholeOnASmallScreen()
+{
+    QFETCH(const QSize, size);
+    m_window->resize(size);
+    QVERIFY(prepare(QFINDTESTDATA("../../examples/tokens")));
+    settle();
+    for (const LineChart *chart :
+         {&m_window->waveformChart, &m_window->spectrumChart, &m_window->trendChart}) {
+        QVERIFY(plotArea(*chart).height() >= 0.2 * size.height());
+        QStringList shown;
+        const QRectF whole = chart->view->sceneRect();
+        for (const QGraphicsItem *item : chart->view->scene()->items()) {
+            const auto *text = dynamic_cast<const QGraphicsTextItem *>(item);
+            if (text != nullptr && text->isVisible() &&
+                whole.adjusted(-4, -4, 4, 4).contains(text->sceneBoundingRect()))
+                shown.append(text->toPlainText());
+        }
+        for (const QString &title : {chart->chart->title(), chart->horizontalAxis->titleText(),
+                                     chart->verticalAxis->titleText()})
+            QVERIFY2(shown.contains(title), qPrintable(title + " of " + shown.join(", ")));
     }
 }
 
