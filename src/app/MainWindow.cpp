@@ -6,6 +6,7 @@
 
 #include "app/FieldText.h"
 #include "app/OneLineValidator.h"
+#include "app/ShownField.h"
 #include "audio/SilentStream.h"
 #include "subject/WindowGeometry.h"
 
@@ -57,17 +58,17 @@ MainWindow::MainWindow(QWidget *parent)
     , comboBoxSesType(keep("comboBoxSesType", new QComboBox))
     , comboBoxSoundType(keep("comboBoxSoundType", new QComboBox))
     , comboBoxMainParameter(keep("comboBoxMainParameter", new QComboBox))
-    , lineEditFs(keep("lineEditFs", new QLineEdit(u"40000"_s)))
-    , lineEditDuration(keep("lineEditDuration", new QLineEdit(u"250.000"_s)))
-    , lineEditSi(keep("lineEditSi", new QLineEdit(u"1000.000"_s)))
+    , lineEditFs(keep("lineEditFs", new ShownField(u"40000"_s)))
+    , lineEditDuration(keep("lineEditDuration", new ShownField(u"250.000"_s)))
+    , lineEditSi(keep("lineEditSi", new ShownField(u"1000.000"_s)))
     , lineEditSubCode(keep("lineEditSubCode", new QLineEdit(u"SUB001"_s)))
     , lineEditSesNum(keep("lineEditSesNum", new QLineEdit(u"1"_s)))
     , lineEditNTimes(keep("lineEditNTimes", new QLineEdit(u"1"_s)))
-    , lineEditWavFilePath(keep("lineEditWavFilePath", new QLineEdit(u"."_s)))
-    , lineEditWavFileName(keep("lineEditWavFileName", new QLineEdit(u"File001.wav"_s)))
-    , lineEditOutputFilePath(keep("lineEditOutputFilePath", new QLineEdit(u"."_s)))
-    , lineEditOutputFileName(keep("lineEditOutputFileName", new QLineEdit(u"SUB001.dat"_s)))
-    , lineEditStatus(keep("lineEditStatus", new QLineEdit))
+    , lineEditWavFilePath(keep("lineEditWavFilePath", new ShownField(u"."_s)))
+    , lineEditWavFileName(keep("lineEditWavFileName", new ShownField(u"File001.wav"_s)))
+    , lineEditOutputFilePath(keep("lineEditOutputFilePath", new ShownField(u"."_s)))
+    , lineEditOutputFileName(keep("lineEditOutputFileName", new ShownField(u"SUB001.dat"_s)))
+    , lineEditStatus(keep("lineEditStatus", new ShownField))
     , pushButtonPractice(keep("pushButtonPractice", new QPushButton(u"Practice"_s)))
     , pushButtonExperiment(keep("pushButtonExperiment", new QPushButton(u"Experiment"_s)))
     , pushButtonGo(keep("pushButtonGo", new QPushButton(u"Go"_s)))

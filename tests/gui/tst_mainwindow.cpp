@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "subject/SubjectWindow.h"
+#include "support/Contrast.h"
 #include "support/GuiTestMain.h"
 #include "support/MethodTable.h"
 #include "support/ModalAnswer.h"
@@ -18,6 +19,8 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QTextDocument>
+#include <QToolTip>
 #include <QValueAxis>
 
 #include <memory>
@@ -84,6 +87,13 @@ private slots:
     void eachFieldStartsWithItsTextOpenOrLocked();
     void onlyPracticeAndQuitCanBePressedAtTheStart();
     void theParametersStartAsTheDefaultDurationNeeds();
+
+    void theTabKeyGoesThroughTheRows();
+    void whatIsShownCanBeRead_data();
+    void whatIsShownCanBeRead();
+    void aLongTextShowsItsEndsAndIsWholeInTheToolTip_data();
+    void aLongTextShowsItsEndsAndIsWholeInTheToolTip();
+    void aToolTipIsNoHtml();
 
     void switchingFeedbackOffLocksAutoPlayOn();
     void eachCheckBoxSetsItsOwnField();
@@ -624,6 +634,100 @@ void TestMainWindow::theStatusCountsTrialsFromOne()
     m_window->data.sesTypeIndex = 0;
     m_window->updateStatusString();
     QCOMPARE(m_window->lineEditStatus->text(), "experiment 20/20");
+}
+
+// Catches a key that jumps between the rows, misses a control or stops at one that takes no input.
+void TestMainWindow::theTabKeyGoesThroughTheRows()
+{
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    for (QPushButton *button : {m_window->pushButtonExperiment, m_window->pushButtonGo})
+        button->setEnabled(true);
+    m_window->lineEditSubCode->setFocus();
+    QStringList reached;
+    for (int i = 0; i < 11; ++i) {
+        reached.append(QApplication::focusWidget()->objectName());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    QCOMPARE(reached, QStringList({"lineEditSubCode", "checkBoxSaveData", "lineEditSesNum",
+                                   "lineEditNTimes", "checkBoxFeedBack", "checkBoxAutoPlay",
+                                   "pushButtonPractice", "pushButtonExperiment", "pushButtonGo",
+                                   "pushButtonQuit", "lineEditSubCode"}));
+}
+
+void TestMainWindow::whatIsShownCanBeRead_data()
+{
+    QTest::addColumn<bool>("isDark");
+    QTest::newRow("light") << false;
+    QTest::newRow("dark") << true;
+}
+
+// Catches a field that is too pale to be read: always, or while a session locks the window.
+void TestMainWindow::whatIsShownCanBeRead()
+{
+    QFETCH(const bool, isDark);
+    if (isDark)
+        m_window->setPalette(QPalette(QColor(60, 60, 60), QColor(40, 40, 40)));
+    m_window->show();
+    for (const bool isLocked : {false, true}) {
+        m_window->setEnabled(!isLocked);
+        for (const char *stem : {"WavFilePath", "WavFileName", "Fs", "Duration", "Si",
+                                 "OutputFilePath", "OutputFileName", "Status"}) {
+            auto *field = m_window->findChild<QLineEdit *>(QString("lineEdit") + stem);
+            const QImage image = field->grab().toImage();
+            const QRect inside = image.rect().adjusted(3, 3, -3, -3);
+            const QColor background = image.pixelColor(inside.bottomRight());
+            QVERIFY2(highestContrast(image, inside, background) >= 4.5, stem);
+        }
+    }
+}
+
+void TestMainWindow::aLongTextShowsItsEndsAndIsWholeInTheToolTip_data()
+{
+    QTest::addColumn<QString>("field");
+    for (const char *stem : {"WavFilePath", "WavFileName", "OutputFilePath", "OutputFileName"})
+        QTest::newRow(stem) << QString("lineEdit") + stem;
+}
+
+// Catches a path of which only the beginning or the end can be seen, one that is cut within a
+// letter, changed or not to be seen anywhere, and a tool tip that does not appear.
+void TestMainWindow::aLongTextShowsItsEndsAndIsWholeInTheToolTip()
+{
+    QFETCH(const QString, field);
+    auto *lineEdit = m_window->findChild<QLineEdit *>(field);
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    const auto picture = [&](const QString &text) {
+        lineEdit->setText(text);
+        return lineEdit->grab().toImage();
+    };
+    const QString middle(300, 'x');
+    const QImage shown = picture("/abc" + middle + "tokens");
+    QCOMPARE(picture("/abc" + middle + middle + "tokens"), shown);
+    QVERIFY(picture("/xbc" + middle + "tokens") != shown);
+    QVERIFY(picture("/abc" + middle + "tokenx") != shown);
+    // Nothing is painted where it would be cut.
+    const QColor background = shown.pixelColor(shown.width() - 4, shown.height() - 4);
+    QCOMPARE(highestContrast(shown, QRect(shown.width() - 4, 3, 2, shown.height() - 6), background),
+             1.0);
+
+    const QString whole = "/abc" + middle + "tokens";
+    lineEdit->setText(whole);
+    QCOMPARE(lineEdit->text(), whole);
+    QTest::mouseMove(lineEdit, QPoint(5, 5));
+    QTest::mouseMove(lineEdit, QPoint(15, 5));
+    QTRY_COMPARE(QToolTip::text(), whole);
+    QToolTip::hideText();
+}
+
+// Catches a folder whose name is taken for HTML.
+void TestMainWindow::aToolTipIsNoHtml()
+{
+    const QString name = "/home/<b>tokens</b>";
+    m_window->lineEditWavFilePath->setText(name);
+    QTextDocument shown;
+    shown.setHtml(m_window->lineEditWavFilePath->toolTip());
+    QCOMPARE(shown.toPlainText(), name);
 }
 
 // Catches a control of the operator's that stays alive while the subject works.
