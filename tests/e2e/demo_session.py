@@ -9,11 +9,14 @@ Runs inside scripts/private-session.sh --audio --display:
 
 import shutil
 import sys
+import time
 from pathlib import Path
 
 import ostrine_driver as driver
 
 OUTPUT = driver.CHECKOUT / "demo-session"
+# Seconds: long enough for taking a picture meanwhile.
+REACTION_TIME = 0.8
 
 
 def main(program):
@@ -48,10 +51,12 @@ def main(program):
                 right = driver.category(token)
                 return driver.other(right) if wrong else right
 
+            delay = REACTION_TIME
             if number == 0:
-                subject.await_answering()
+                _, enabled_by = subject.await_answering()
                 picture("answering")
-            trial = subject.answer(choose, 0.4)
+                delay -= time.monotonic() - enabled_by
+            trial = subject.answer(choose, delay)
             print(f"{trial.status}: {trial.token} -> {trial.response}", flush=True)
             if wrong not in pictured and number + 1 < count:
                 pictured.add(wrong)
