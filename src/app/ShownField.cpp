@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/ShownField.h"
 
+#include "app/ToolTip.h"
+
 #include <QStyleOptionFrame>
 #include <QStylePainter>
 
 ShownField::ShownField(const QString &text)
     : QLineEdit(text)
 {
-    // A text that looks like HTML would be shown as such.
-    const auto showWhole = [this](const QString &whole) {
-        setToolTip(Qt::mightBeRichText(whole) ? Qt::convertFromPlainText(whole) : whole);
-    };
+    const auto showWhole = [this](const QString &whole) { setToolTip(plainToolTip(whole)); };
     showWhole(text);
     connect(this, &QLineEdit::textChanged, this, showWhole);
 }

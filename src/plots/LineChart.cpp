@@ -122,7 +122,6 @@ LineChart createLineChart(const ChartTexts &texts, const ChartFonts &fonts, int 
     created.chart->setTitleFont(fonts.title);
     created.chart->legend()->hide();
     created.chart->setMargins(QMargins());
-    created.chart->layout()->setContentsMargins(0, 0, 0, 0);
 
     followSize(created);
 

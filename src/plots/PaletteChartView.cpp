@@ -4,6 +4,7 @@
 #include <QAbstractAxis>
 #include <QChart>
 #include <QEvent>
+#include <QGraphicsLayout>
 
 namespace {
 
@@ -21,6 +22,7 @@ PaletteChartView::PaletteChartView(QChart *chart)
 {
     setRenderHint(QPainter::Antialiasing);
     setFocusPolicy(Qt::NoFocus);
+    chart->layout()->setContentsMargins(0, 0, 0, 0);
     colour();
 }
 

@@ -3,8 +3,9 @@
 
 #include <QChartView>
 
-/// Shows a chart in the colours of the palette, light or dark, also when the palette changes. Lines
-/// and bars keep their own colours. The tab key passes the chart by, as no key does anything in it.
+/// Shows a chart, up to its own edges, in the colours of the palette, light or dark, also when the
+/// palette changes. Lines and bars keep their own colours. The tab key passes the chart by, as no
+/// key does anything in it.
 class PaletteChartView : public QChartView
 {
     Q_OBJECT

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tools/SessionsPage.h"
 
+#include "app/ToolTip.h"
 #include "data/DesktopFolder.h"
+#include "tools/Columns.h"
 #include "tools/Command.h"
 #include "tools/SessionQuality.h"
 
@@ -28,6 +30,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int leastChartWidth = 200;
+constexpr double leastTime = 100; // ms; below it the axis would repeat its labels
 enum SessionColumn { Started, Subject, Type, Number, Answers, End, Files, nSessionColumns };
 enum AnswerColumn { Trial, Token, Stimulus, Response, Time, Timing, nAnswerColumns };
 
@@ -43,6 +46,8 @@ QTableWidget *createTable(const QStringList &columns, const QString &name)
     table->setTabKeyNavigation(false); // the key moves on to the next control
     table->verticalHeader()->hide();
     table->horizontalHeader()->setStretchLastSection(true);
+    table->horizontalHeader()->setHighlightSections(false);
+    table->setWordWrap(false);
     return table;
 }
 
@@ -54,7 +59,7 @@ QTableWidgetItem *createItem(const QVariant &value)
         item->setText(tableText(value.toString()));
     else
         item->setData(Qt::DisplayRole, value);
-    item->setToolTip(item->text());
+    item->setToolTip(plainToolTip(item->text()));
     return item;
 }
 
@@ -108,13 +113,14 @@ void SessionsPage::build()
     m_tableSessions = createTable({u"Started"_s, u"Subject"_s, u"Type"_s, u"Session"_s,
                                    u"Answers"_s, u"End"_s, u"Result files"_s},
                                   u"Sessions"_s);
+    elideMiddle(m_tableSessions, Subject);
     m_labelQuality = new QLabel;
     m_labelQuality->setWordWrap(true);
     m_tableAnswers = createTable(
         {u"Trial"_s, u"Token"_s, u"Category"_s, u"Answer"_s, u"Reaction time (ms)"_s, u"Timing"_s},
         u"Answers of the chosen session"_s);
-    m_chartTimes = createLineChart({u"Reaction Time"_s, u"Trial"_s, u"Reaction time (ms)"_s}, {},
-                                   leastChartWidth);
+    elideMiddle(m_tableAnswers, Token);
+    m_chartTimes = createLineChart({u"Reaction Time (ms)"_s, u"Trial"_s, {}}, {}, leastChartWidth);
     m_chartTimes.series->setPointsVisible(true);
     for (QValueAxis *axis : {m_chartTimes.horizontalAxis, m_chartTimes.verticalAxis})
         axis->setLabelFormat(u"%.0f"_s);
@@ -178,6 +184,7 @@ void SessionsPage::showSessions()
         summary.append(u"Not all journals have been read."_s);
     summary.append(m_found.problems);
     m_labelSummary->setText(summary.join(u' '));
+    m_labelSummary->setToolTip(plainToolTip(m_labelSummary->text())); // a long path does not fit
 
     const QIcon warning = style()->standardIcon(QStyle::SP_MessageBoxWarning);
     m_tableSessions->setSortingEnabled(false);
@@ -196,7 +203,7 @@ void SessionsPage::showSessions()
     }
     m_tableSessions->setSortingEnabled(true);
     m_tableSessions->sortByColumn(Started, Qt::DescendingOrder);
-    m_tableSessions->resizeColumnsToContents();
+    fitColumns(m_tableSessions);
     m_tableSessions->selectRow(0);
     showChosen();
 }
@@ -239,7 +246,7 @@ void SessionsPage::showChosen()
     }
     m_tableAnswers->setSortingEnabled(true);
     m_tableAnswers->sortByColumn(Trial, Qt::AscendingOrder);
-    m_tableAnswers->resizeColumnsToContents();
+    fitColumns(m_tableAnswers);
     const int nTrials = found != nullptr ? static_cast<int>(found->session.order.size()) : 0;
     // Ticks at whole trials, and as many as can be read.
     constexpr int mostTicks = 10;
@@ -247,7 +254,7 @@ void SessionsPage::showChosen()
     const int nDistances = nTrials / distance + 1;
     m_chartTimes.horizontalAxis->setTickCount(nDistances + 1);
     showLine(m_chartTimes, times, {0, static_cast<double>(nDistances * distance)},
-             {0, std::max(longest, 1.0)});
+             {0, std::max(longest, leastTime)});
     m_chartTimes.verticalAxis->applyNiceNumbers();
 }
 

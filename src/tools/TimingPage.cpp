@@ -39,7 +39,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QSize leastChart(300, 160);
-constexpr int sentenceLines = 5;
+constexpr int sentenceLines = 4;
 
 const auto introduction =
     u"Plays noise on the default output as a session does, finds it in a recording, and tells when "
@@ -81,6 +81,8 @@ void TimingPage::build()
     m_progressBar = new QProgressBar;
     m_progressBar->setAccessibleName(u"Progress of the measurement"_s);
     m_progressBar->setFormat(u"%v of %m plays"_s);
+    m_progressBar->setMinimumWidth(
+        m_progressBar->fontMetrics().horizontalAdvance(u" 0000 of 0000 plays "_s));
     auto *labelSource = new QLabel(u"&Record:"_s);
     labelSource->setBuddy(m_comboBoxSource);
     auto *labelPlays = new QLabel(u"&Plays of each token:"_s);
@@ -90,7 +92,7 @@ void TimingPage::build()
          std::initializer_list<QWidget *>{labelSource, m_comboBoxSource, labelPlays, m_spinBoxPlays,
                                           m_pushButtonStart, m_pushButtonStop})
         controls->addWidget(widget);
-    controls->addWidget(m_progressBar, 1);
+    controls->addStretch();
 
     auto *labelIntroduction = new QLabel(introduction);
     labelIntroduction->setWordWrap(true);
@@ -102,6 +104,7 @@ void TimingPage::build()
     auto *verdictRow = new QHBoxLayout;
     verdictRow->addWidget(m_labelIcon);
     verdictRow->addWidget(m_labelVerdict, 1);
+    verdictRow->addWidget(m_progressBar);
 
     m_table = new QTableWidget;
     m_table->setAccessibleName(u"Results by length of the token"_s);
@@ -110,6 +113,7 @@ void TimingPage::build()
     m_table->setTabKeyNavigation(false); // the key moves on to the next control
     m_table->verticalHeader()->hide();
     m_table->horizontalHeader()->setStretchLastSection(true);
+    m_table->horizontalHeader()->setHighlightSections(false);
 
     m_textSentence = new QPlainTextEdit;
     m_textSentence->setAccessibleName(u"Sentence for a paper"_s);
@@ -144,6 +148,8 @@ QChartView *TimingPage::createHistogram()
     m_countAxis = new QValueAxis;
     m_countAxis->setTitleText(u"Plays"_s);
     m_countAxis->setLabelFormat(u"%d"_s);
+    for (QAbstractAxis *axis : std::initializer_list<QAbstractAxis *>{m_binAxis, m_countAxis})
+        axis->setTitleFont(font()); // by default it is bold
     auto *chart = new QChart;
     chart->addSeries(m_bars);
     chart->addAxis(m_binAxis, Qt::AlignBottom);

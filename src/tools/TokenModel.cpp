@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tools/TokenModel.h"
 
+#include "app/ToolTip.h"
+
 #include <QApplication>
 #include <QColor>
 #include <QPalette>
@@ -69,6 +71,11 @@ QString facts(const CheckedToken &token)
     return all.join(u' ');
 }
 
+QString shownText(const CheckedToken &token, TokenColumn column)
+{
+    return column == TokenColumn::Findings ? facts(token) : tokenField(token, column);
+}
+
 } // namespace
 
 void TokenModel::setCheck(const FolderCheck &check)
@@ -115,7 +122,9 @@ QVariant TokenModel::data(const QModelIndex &index, int role) const
                         column == TokenColumn::Findings;
     switch (role) {
     case Qt::DisplayRole:
-        return column == TokenColumn::Findings ? facts(token) : tokenField(token, column);
+        return shownText(token, column);
+    case Qt::ToolTipRole:
+        return plainToolTip(shownText(token, column));
     case Qt::ForegroundRole:
         return column == TokenColumn::Findings ? resultColour(resultOf(token)) : QVariant();
     case Qt::TextAlignmentRole:

@@ -3,7 +3,9 @@
 
 #include "app/OneLineValidator.h"
 #include "app/PresentationOrder.h"
+#include "app/ToolTip.h"
 #include "subject/SubjectWindow.h"
+#include "tools/Columns.h"
 #include "tools/TokenModel.h"
 
 #include <QChartView>
@@ -108,6 +110,7 @@ TokensPage::TokensPage(QWidget *parent)
     m_table->setSelectionMode(QAbstractItemView::SingleSelection);
     m_table->setTabKeyNavigation(false); // the key leads to the next control
     m_table->setWordWrap(false);
+    elideMiddle(m_table, TokenModel::place(TokenColumn::Name));
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() * 3 / 2);
     m_table->horizontalHeader()->setStretchLastSection(true);
@@ -148,22 +151,25 @@ void TokensPage::layOut()
         created->setBuddy(buddy);
         return created;
     };
+    auto *folder = new QHBoxLayout;
+    folder->addWidget(label(u"&Folder"_s, m_folder));
+    folder->addWidget(m_folder, 1);
+    folder->addWidget(m_choose);
+
     auto *controls = new QHBoxLayout;
-    controls->addWidget(label(u"&Folder"_s, m_folder));
-    controls->addWidget(m_folder, 1);
-    controls->addWidget(m_choose);
     controls->addWidget(label(u"S&ubject code"_s, m_subCode));
     controls->addWidget(m_subCode);
     controls->addWidget(label(u"&N times per token"_s, m_nTimes));
     controls->addWidget(m_nTimes);
     controls->addWidget(m_check);
+    controls->addStretch();
+    controls->addWidget(m_export);
+    controls->addWidget(m_play);
 
     auto *state = new QHBoxLayout;
     state->addWidget(m_message, 1);
     state->addWidget(m_progress);
     state->addWidget(m_stop);
-    state->addWidget(m_export);
-    state->addWidget(m_play);
 
     auto *texts = new QSplitter(Qt::Vertical);
     texts->addWidget(m_folderText);
@@ -179,12 +185,13 @@ void TokensPage::layOut()
     auto *whole = new QSplitter(Qt::Vertical);
     whole->addWidget(m_table);
     whole->addWidget(bottom);
-    whole->setStretchFactor(0, 1);
-    whole->setStretchFactor(1, 1);
+    whole->setStretchFactor(0, 4);
+    whole->setStretchFactor(1, 3);
     for (QSplitter *splitter : {texts, charts, bottom, whole})
         splitter->setChildrenCollapsible(false);
 
     auto *page = new QVBoxLayout(this);
+    page->addLayout(folder);
     page->addLayout(controls);
     page->addLayout(state);
     page->addWidget(whole, 1);
@@ -200,6 +207,7 @@ void TokensPage::hideEvent(QHideEvent *event)
 void TokensPage::tell(const QString &message)
 {
     m_message->setText(message);
+    m_message->setToolTip(plainToolTip(message)); // a long path does not fit
 }
 
 void TokensPage::chooseFolder()
@@ -247,7 +255,7 @@ void TokensPage::finishCheck()
     if (check.isComplete) {
         m_experiment.clearSound();
         m_model->setCheck(check);
-        m_table->resizeColumnsToContents();
+        fitColumns(m_table);
         QString html = paragraphs(folderSummary(check));
         for (const Finding &finding : check.findings)
             html += findingHtml(finding);

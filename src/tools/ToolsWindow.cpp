@@ -5,6 +5,7 @@
 #include "tools/TimingPage.h"
 #include "tools/TokensPage.h"
 
+#include <QScreen>
 #include <QTabBar>
 #include <QTabWidget>
 
@@ -12,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize firstSize(1100, 680); // fits into 1366 x 768 with the screen's own bars
+constexpr QSize firstSize(1100, 680); // on a screen that has so much room
 
 } // namespace
 
@@ -26,5 +27,5 @@ ToolsWindow::ToolsWindow(QWidget *parent)
     pages->addTab(new TimingPage, u"Timing"_s);
     pages->addTab(new SessionsPage, u"Sessions"_s);
     setCentralWidget(pages);
-    resize(firstSize);
+    resize(firstSize.boundedTo(screen()->availableSize()));
 }
