@@ -7,6 +7,7 @@
 #
 #   run               to build and run the program
 #   wayland           to run it on a desktop that supports only Wayland
+#   package           to build the Debian package
 #   demo              to build it and run the demo session on a virtual screen with a virtual sound output
 #   test              to build it and run the tests
 #   valgrind          the same, and to run them under valgrind
@@ -39,6 +40,10 @@ checks=(clang g++-aarch64-linux-gnu qemu-user)
 if [ "$(. /etc/os-release && echo "${VERSION_CODENAME:-}")" = bookworm ]; then
     checks+=(clang-format-14 clang-tidy-14)
 fi
+# The Debian package and the HTML documents in it; file lets CPack find the programs
+packaging=(cmark-gfm python3 file)
+# The package is checked by these; man-db formats the man pages
+package_checks=(desktop-file-utils appstream lintian man-db groff)
 # What the readers of result files in docs/readers are run with
 readers=(python3-pandas r-base-core)
 # The fuzzer comes with Clang's run-time libraries; llvm names the lines of a finding
@@ -48,15 +53,19 @@ peers=(libbenchmark-dev libfftw3-dev libgsl-dev libeigen3-dev libsndfile1-dev)
 
 packages=()
 if [ $# -eq 0 ]; then
-    echo "usage: setup.sh run|wayland|demo|test|valgrind|fuzz|bench|bench-pulseaudio..." >&2
+    echo "usage: setup.sh run|wayland|package|demo|test|valgrind|fuzz|bench|bench-pulseaudio..." >&2
     exit 2
 fi
 for set in "$@"; do
     case $set in
         run) packages+=("${build[@]}") ;;
         wayland) packages+=(qt6-wayland) ;;
+        package) packages+=("${build[@]}" "${packaging[@]}") ;;
         demo) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}") ;;
-        test) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}" "${checks[@]}" "${readers[@]}") ;;
+        test)
+            packages+=("${build[@]}" "${sound[@]}" "${screen[@]}" "${checks[@]}" "${readers[@]}" "${packaging[@]}"
+                "${package_checks[@]}")
+            ;;
         valgrind) packages+=("${build[@]}" "${sound[@]}" "${screen[@]}" "${checks[@]}" valgrind) ;;
         fuzz) packages+=("${build[@]}" "${fuzzer[@]}") ;;
         bench) packages+=("${build[@]}" "${sound[@]}" "${peers[@]}") ;;
@@ -77,15 +86,10 @@ fi
 echo "setup: missing: ${missing[*]}"
 
 install=(apt-get install -y --no-install-recommends --no-remove)
-as_root=()
-if [ "$(id -u)" -ne 0 ]; then
-    if command -v sudo >/dev/null && { sudo -n true 2>/dev/null || { [ -t 0 ] && sudo -v; }; }; then
-        as_root=(sudo)
-    else
-        echo "setup: this user may not install packages. As root, run this once, then start again:" >&2
-        echo "    apt-get update && ${install[*]} ${missing[*]}" >&2
-        exit 1
-    fi
+if ! source "$(dirname "${BASH_SOURCE[0]}")/as-root.sh"; then
+    echo "setup: this user may not install packages. As root, run this once, then start again:" >&2
+    echo "    apt-get update && ${install[*]} ${missing[*]}" >&2
+    exit 1
 fi
 
 # sudo drops the environment, so env sets the variable after it.

@@ -17,7 +17,9 @@ constexpr auto jsonOption = "json"_L1;
 std::optional<CommandResult> parseArguments(QCommandLineParser &parser,
                                             const QStringList &arguments, qsizetype nPositional)
 {
-    const QCommandLineOption help = parser.addHelpOption();
+    // addHelpOption() would also add "--help-all", which nothing here answers.
+    const QCommandLineOption help({u"h"_s, u"help"_s}, u"Displays this help."_s);
+    parser.addOption(help);
     const QCommandLineOption version = parser.addVersionOption();
     parser.addOption({jsonOption, u"Print JSON, for scripts."_s});
     // process() would end the program with the status that here stands for findings.
