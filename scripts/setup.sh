@@ -43,7 +43,7 @@ fi
 # The Debian package and the HTML documents in it; file lets CPack find the programs
 packaging=(cmark-gfm python3 file)
 # The package is checked by these; man-db formats the man pages
-package_checks=(desktop-file-utils appstream lintian man-db groff)
+package_checks=(desktop-file-utils appstream lintian man-db)
 # What the readers of result files in docs/readers are run with
 readers=(python3-pandas r-base-core)
 # The fuzzer comes with Clang's run-time libraries; llvm names the lines of a finding
