@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+# shellcheck shell=bash disable=SC2034
 # To be sourced: sets the array as_root to what must stand before a command that only root may run. Fails when this
 # user may not run such a command.
 as_root=()
