@@ -65,7 +65,7 @@ class StartProbePlugin : public QGenericPlugin
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "start_probe.json")
 
 public:
-    QObject *create(const QString & /*name*/, const QString & /*specification*/) override
+    QObject *create(const QString & /*key*/, const QString & /*parameters*/) override
     {
         return new StartProbe;
     }

@@ -67,9 +67,9 @@ double fromSigned24(std::uint32_t value)
     return (oneLower + 1) * 1.1920928955078125e-07;
 }
 
-/// Has the system provide @p size bytes of memory at once. At the first access to each page, that
-/// would take longer than reading and converting what it is for. Does nothing for less memory than
-/// matters, and where the system cannot do it.
+/// Has the system provide @p size bytes of memory at once: page by page, at the first access to
+/// each, that takes longer than reading and converting what the memory is for. Does nothing for
+/// little memory, and where the system cannot do it.
 void provide(void *memory, std::size_t size)
 {
     constexpr std::size_t leastSize = std::size_t{4} << 20;
