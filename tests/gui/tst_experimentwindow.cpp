@@ -40,6 +40,13 @@ struct Drawing
     QList<double> ends;
 };
 
+/// A window whose sound server stops as soon as it is asked.
+class StoppedWindow : public ExperimentWindow
+{
+protected:
+    StreamFollower::Reading readStream() const override { return {.stopped = true}; }
+};
+
 } // namespace
 
 /// What the tools borrow from the experiment.
@@ -58,6 +65,8 @@ private slots:
     void aTokenIsHeardWholeAfterThePause();
     void aSoundThatIsStoppedHasNoEnd_data();
     void aSoundThatIsStoppedHasNoEnd();
+    void loadingATokenStopsTheSound();
+    void aServerThatStopsIsTold();
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -201,6 +210,30 @@ void TestExperimentWindow::aSoundThatIsStoppedHasNoEnd()
     QVERIFY(!window.isPresenting());
     QTest::qWait(1000);
     QCOMPARE(playing.size(), whilePlaying ? 1 : 0);
+}
+
+// Catches a token that is still heard when the next one has been drawn.
+void TestExperimentWindow::loadingATokenStopsTheSound()
+{
+    const WavBytes file{.bitsPerSample = 16, .data = QByteArray(9600, '\x10')};
+    QVERIFY(writeFile(m_folder->filePath("a.wav"), file.bytes()));
+    ExperimentWindow window;
+    const QSignalSpy playing(&window, &MainWindow::soundPlaying);
+    window.setSound(noise(24000, 3));
+    window.present(100ms);
+    QTRY_COMPARE(playing.size(), 1);
+    QVERIFY(window.loadToken(m_folder->path(), "a.wav"));
+    QVERIFY(!window.isPresenting());
+}
+
+// Catches a page that waits for the end of a sound that the server no longer plays.
+void TestExperimentWindow::aServerThatStopsIsTold()
+{
+    StoppedWindow window;
+    const QSignalSpy failed(&window, &ExperimentWindow::soundFailed);
+    window.setSound(noise(24000, 3));
+    window.present(0ms);
+    QTRY_COMPARE(failed.size(), 1);
 }
 
 GUI_TEST_MAIN(TestExperimentWindow)
