@@ -17,7 +17,7 @@ excluded=(
     # One function each of a test that is run anyway, on another screen
     '.*_1440x900' '.*_2x'
     # Need the 64 significant bits of long double, where valgrind computes with the 53 of double
-    tst_fftreal_longdouble fftreal_portable
+    tst_fftreal_longdouble fftreal_portable tst_toolkittones
 )
 
 scripts/setup.sh valgrind
