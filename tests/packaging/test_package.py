@@ -64,6 +64,8 @@ class PackageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory()
+        # Lintian leaves temporary files, and so does Qt where there is no runtime folder.
+        os.environ["TMPDIR"] = cls.folder.name
         cls.addClassCleanup(cls.folder.cleanup)
         folder = Path(cls.folder.name)
         run("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", folder / "package")
