@@ -41,7 +41,8 @@ def main():
     bare = str(build / "bench" / "bare_window")
     commands = {"Ostrine": [str(build / "src" / "ostrine")],
                 "bare window": [bare],
-                "bare window, charts with axes": [bare, "axes"]}
+                "bare window, charts with axes": [bare, "axes"],
+                "bare window, charts with axes and controls": [bare, "controls"]}
     measured = {name: [] for name in commands}
     for command in commands.values():
         start(command, environment)  # reads the files into the page cache
