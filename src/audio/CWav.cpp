@@ -10,7 +10,6 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <new>
 
@@ -78,46 +77,13 @@ void provide(void *memory, std::size_t size)
         madvise(memory, size, MADV_POPULATE_WRITE);
 }
 
-/// Goes through the values of @p Sample for 0, 1, 2 and so on. A vector takes them over in one go:
-/// if it was resized instead, it would first fill the new memory with zeros.
-template<typename Sample>
-class SampleIterator
-{
-public:
-    using iterator_category = std::random_access_iterator_tag;
-    using value_type = double;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const double *;
-    using reference = double;
-
-    SampleIterator(const Sample &sample, difference_type index)
-        : m_sample(&sample)
-        , m_index(index)
-    {
-    }
-
-    double operator*() const { return (*m_sample)(m_index); }
-    SampleIterator &operator++() { return *this += 1; }
-    SampleIterator &operator--() { return *this += -1; }
-    SampleIterator &operator+=(difference_type n)
-    {
-        m_index += n;
-        return *this;
-    }
-    difference_type operator-(const SampleIterator &other) const { return m_index - other.m_index; }
-    bool operator==(const SampleIterator &other) const { return m_index == other.m_index; }
-
-private:
-    const Sample *m_sample;
-    difference_type m_index;
-};
-
 /// Makes @p samples the values of @p sample for 0 .. @p count - 1.
 template<typename Sample>
-void setSamples(std::vector<double> &samples, std::size_t count, const Sample &sample)
+void setSamples(std::vector<double> &samples, std::size_t count, Sample sample)
 {
-    samples.assign(SampleIterator(sample, 0),
-                   SampleIterator(sample, static_cast<std::ptrdiff_t>(count)));
+    samples.resize(count);
+    for (std::size_t i = 0; i < count; ++i)
+        samples[i] = sample(i);
 }
 
 /// How many samples the raw bytes of @p wav make; 0 when they are incomplete.
@@ -206,19 +172,19 @@ double *CWav::ConvertData()
 
     switch (bitsPerSample) {
     case 8:
-        setSamples(sampleVector, count, [this](std::ptrdiff_t i) {
+        setSamples(sampleVector, count, [this](std::size_t i) {
             return fromUnsigned8(integerAt<std::uint8_t>(rawData + i));
         });
         break;
     case 16:
-        setSamples(sampleVector, count, [this](std::ptrdiff_t i) {
+        setSamples(sampleVector, count, [this](std::size_t i) {
             return fromSigned16(integerAt<std::int16_t>(rawData + 2 * i));
         });
         break;
     case 24: {
         // Each sample is read as four bytes; for the last one that may be more than there are.
         const std::size_t last = std::max<std::size_t>(count, 1) - 1;
-        setSamples(sampleVector, last, [this](std::ptrdiff_t i) {
+        setSamples(sampleVector, last, [this](std::size_t i) {
             return fromSigned24(integerAt<std::uint32_t>(rawData + 3 * i));
         });
         if (count > 0) {
