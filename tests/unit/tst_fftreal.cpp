@@ -26,8 +26,8 @@ int allocations = 0;
 
 // Every allocation by new is counted. The forms for arrays are given as well, since the default
 // ones need not call these where a sanitizer brings its own. The compiler must not look into them
-// at their calls: GCC 16 takes the free() there for that of memory from new.
-void *operator new(std::size_t size)
+// at their calls: GCC 16 takes malloc() and free() there for those of memory from new.
+[[gnu::noinline]] void *operator new(std::size_t size)
 {
     ++allocations;
     if (void *const memory = std::malloc(size))
@@ -35,7 +35,7 @@ void *operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
-void *operator new[](std::size_t size)
+[[gnu::noinline]] void *operator new[](std::size_t size)
 {
     return operator new(size);
 }
