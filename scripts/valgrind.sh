@@ -14,6 +14,8 @@ excluded=(
     toolkit_in_program fftreal_clang fftreal_arm64
     # Play sound, and a program that is 30 times slower cannot keep up with it
     tst_session tst_oddfolder tst_experimentwindow tst_tokenspage tst_timingpage
+    # Compares the memory of its process, to which valgrind adds its own
+    tst_manytrials
     # One function each of a test that is run anyway, on another screen
     '.*_1440x900' '.*_2x'
     # Need the 64 significant bits of long double, where valgrind computes with the 53 of double
