@@ -7,6 +7,7 @@
 #include "app/FieldText.h"
 #include "app/OneLineValidator.h"
 #include "app/ShownField.h"
+#include "app/WindowIcon.h"
 #include "audio/SilentStream.h"
 #include "subject/WindowGeometry.h"
 
@@ -16,11 +17,9 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QGridLayout>
 #include <QGuiApplication>
 #include <QHBoxLayout>
-#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -167,10 +166,7 @@ void MainWindow::addRow(int row, const QList<QWidget *> &widgets)
 void MainWindow::setupGUIMainWindow()
 {
     centerAndResizeMainWindow(centerFlag, widthFraction, heightFraction);
-    // For a file that is not there, Qt would load all its image plug-ins and look what they can
-    // read.
-    if (const auto icon = u":/TavelLab_icon/Tavel_logo_3D_original.ico"_s; QFile::exists(icon))
-        setWindowIcon(QIcon(icon));
+    setWindowIcon(ostrineIcon());
     setWindowTitle(u"Tavel Lab | Ostrine (v014) | Main Window"_s);
 
     gridLayoutControls->addWidget(labelSoundFileInformation, 1, 0, 1, 4);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "subject/SubjectWindow.h"
 
+#include "app/WindowIcon.h"
 #include "subject/LargeTextButton.h"
 #include "subject/WindowGeometry.h"
 
 #include <QCloseEvent>
 #include <QGridLayout>
 #include <QGuiApplication>
-#include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
 #include <QScreen>
@@ -84,7 +84,7 @@ SubjectWindow::SubjectWindow(QWidget *parent)
 void SubjectWindow::setupGUISubjectWindow()
 {
     centerAndResizeSubjectWindow(centerWindow, widthFraction, heightFraction);
-    setWindowIcon(QIcon(u":/TavelLab_icon/Tavel_logo_3D_original.ico"_s));
+    setWindowIcon(ostrineIcon());
     setWindowTitle(u"Tavel Lab | Ostrine (v014) | Subject Window"_s);
 
     gridLayout->addWidget(pushButtonChoice2, 0, 0, 1, 1);

@@ -17,6 +17,8 @@
 #include <QLineSeries>
 #include <QPointer>
 #include <QPushButton>
+#include <QResource>
+#include <QScopeGuard>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTextDocument>
@@ -65,6 +67,7 @@ private slots:
     void cleanup();
 
     void theWindowHasItsTitleAndNoIcon();
+    void bothWindowsShowAnIconThatIsInTheResources();
     void theSignalsAndSlotsStandInTheirOrder();
     void eachLabelIsShownWithItsText_data();
     void eachLabelIsShownWithItsText();
@@ -157,6 +160,18 @@ void TestMainWindow::theWindowHasItsTitleAndNoIcon()
 {
     QCOMPARE(m_window->windowTitle(), "Tavel Lab | Ostrine (v014) | Main Window");
     QVERIFY(m_window->windowIcon().pixmap(16).isNull());
+}
+
+// Catches another place for the icon, and a window that does not look there.
+void TestMainWindow::bothWindowsShowAnIconThatIsInTheResources()
+{
+    const QString resources = QCoreApplication::applicationDirPath() + "/icon.rcc";
+    QVERIFY(QResource::registerResource(resources));
+    const auto cleanUp = qScopeGuard([&] { QResource::unregisterResource(resources); });
+    const MainWindow operatorWindow;
+    const SubjectWindow subjectWindow;
+    QVERIFY(!operatorWindow.windowIcon().pixmap(16).isNull());
+    QVERIFY(!subjectWindow.windowIcon().pixmap(16).isNull());
 }
 
 // Catches a signal or slot that is missing, renamed, out of order or with other arguments.
