@@ -42,7 +42,8 @@ def main():
     commands = {"Ostrine": [str(build / "src" / "ostrine")],
                 "bare window": [bare],
                 "bare window, charts with axes": [bare, "axes"],
-                "bare window, charts with axes and controls": [bare, "controls"]}
+                "bare window, charts with axes and controls": [bare, "controls"],
+                "the same with the libraries for sound": [f"{bare}_with_sound", "controls"]}
     measured = {name: [] for name in commands}
     for command in commands.values():
         start(command, environment)  # reads the files into the page cache
