@@ -40,8 +40,8 @@ def plain(heading):
 
 
 def anchor(heading):
-    """The id by which a link names a heading."""
-    return re.sub(r"[^\w\- ]", "", plain(heading).lower()).replace(" ", "-")
+    """The id by which a link names a heading without markup."""
+    return re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
 
 
 def main():
@@ -49,7 +49,7 @@ def main():
     body = subprocess.run([cmark, "--extension", "table", document], stdout=subprocess.PIPE, check=True,
                           encoding="utf-8").stdout
     title = html.escape(plain(re.search(r"<h1>(.*)</h1>", body)[1]))
-    body = re.sub(r"<(h\d)>(.*)</", lambda match: f'<{match[1]} id="{anchor(match[2])}">{match[2]}</', body)
+    body = re.sub(r"<(h\d)>(.*)</", lambda match: f'<{match[1]} id="{anchor(plain(match[2]))}">{match[2]}</', body)
     body = re.sub(r'(<a href="[^":]*)\.md(?=["#])', r"\1.html", body)
     Path(page).write_text(PAGE.format(title=title, body=body), encoding="utf-8")
 

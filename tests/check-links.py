@@ -8,6 +8,9 @@ import sys
 from pathlib import Path
 
 CHECKOUT = Path(__file__).resolve().parents[1]
+sys.path.append(str(CHECKOUT / "packaging"))
+from make_html import anchor  # noqa: E402
+
 IMAGES = CHECKOUT / "docs" / "images"
 LARGEST_PICTURE = 100_000
 
@@ -21,7 +24,7 @@ def without_code(text):
 def anchors(path):
     """The headings of a document, as links name them."""
     headings = re.findall(r"^#+ (.*)$", path.read_text(encoding="utf-8"), flags=re.MULTILINE)
-    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
+    return {anchor(heading) for heading in headings}
 
 
 def main():
@@ -33,10 +36,10 @@ def main():
         for link in re.findall(r"\]\(([^)\s]+)\)", without_code(document.read_text(encoding="utf-8"))):
             if ":" in link:
                 continue  # another site
-            name, _, anchor = link.partition("#")
+            name, _, heading = link.partition("#")
             target = (document.parent / name).resolve() if name else document
             targets.add(target)
-            if not target.exists() or (anchor and anchor not in anchors(target)):
+            if not target.exists() or (heading and heading not in anchors(target)):
                 problems.append(f"{document.relative_to(CHECKOUT)}: {link} leads nowhere")
     for picture in sorted(IMAGES.iterdir()):
         if picture not in targets:
