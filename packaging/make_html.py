@@ -23,8 +23,11 @@ PAGE = """<!DOCTYPE html>
 :root {{ color-scheme: light dark; }}
 body {{ max-width: 48em; margin: 2em auto; padding: 0 1em; font-family: sans-serif; line-height: 1.5; }}
 img {{ max-width: 100%; }}
+code {{ font-family: monospace, monospace; font-size: 0.9em; overflow-wrap: anywhere; }}
 pre {{ overflow-x: auto; padding: 0.5em; border: 1px solid gray; }}
-table {{ border-collapse: collapse; }}
+table {{ display: block; overflow-x: auto; border-collapse: collapse; }}
+td code {{ overflow-wrap: normal; }}
+@media print {{ pre {{ white-space: pre-wrap; }} }}
 th, td {{ padding: 0.2em 0.6em; border: 1px solid gray; text-align: left; vertical-align: top; }}
 </style>
 </head>
