@@ -203,13 +203,15 @@ class PackageTest(unittest.TestCase):
         self.assertEqual(result.stderr, "")
         return result.stdout
 
-    # Catches wrong markup, and an older version or no version.
+    # Catches wrong markup, an older version or no version, a summary that is broken in the middle, and an example that
+    # is wider than the terminal.
     def test_man_pages_are_well_formed(self):
         version = self.field("Version").split("-")[0]
         for name in ("ostrine", "ostrine-tools"):
             page = self.manual_page(name)
             self.assertIn(f"Ostrine {version}", page)
-            self.assertRegex(page, rf"\n +{name} +- +\w+")
+            self.assertRegex(page, rf"\n +{name} +- +\w.*\n\n")
+            self.assertEqual([line for line in page.splitlines() if len(line) > 80], [])
 
     # Catches an option that the man page does not name, that it invents, or that it gives another command or argument.
     def test_man_page_has_the_options_of_each_command(self):
