@@ -270,7 +270,10 @@ void MainWindow::checkBoxAutoPlay_stateChanged(int arg1)
 
 void MainWindow::refreshMainWindow()
 {
-    journal.close(SessionEnd::BrokenOff);
+    // While the save dialog is open, the save is still to be written to the journal. With Qt 6.4 a
+    // desktop with Wayland can close a window that is behind a dialog.
+    if (!busy)
+        journal.close(SessionEnd::BrokenOff);
     silentStream.reset(); // may process events, during which the controls must still be disabled
     setEnabled(true);
     lineEditNTimes->setEnabled(true);

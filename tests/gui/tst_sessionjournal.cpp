@@ -28,6 +28,7 @@ private slots:
     void theResultFilesComeBackFromTheJournal();
     void whatChangesInASessionComesBackAsWell();
     void theSavedFilesAreKeptWithTheirSums();
+    void aSaveIsKeptThatOutlivesTheSubjectWindow();
     void aCancelledSaveIsNoSave();
     void aSessionWithoutSavingIsJournaled();
     void aSessionThatIsBrokenOffEndsItsJournal();
@@ -256,6 +257,31 @@ void TestSessionJournal::theSavedFilesAreKeptWithTheirSums()
     QCOMPARE(files.at(1).sha256, "");
     QCOMPARE(files.at(2).path, path("x_parameters.txt"));
     QCOMPARE(files.at(2).sha256, sum("x_parameters.txt"));
+}
+
+// Catches files that seem not to have been saved because the subject window was closed around the
+// save dialog, as a desktop with Wayland can do with Qt 6.4.
+void TestSessionJournal::aSaveIsKeptThatOutlivesTheSubjectWindow()
+{
+    m_window->checkBoxSaveData->setChecked(true);
+    QVERIFY(begin());
+    {
+        bool closed = false;
+        ModalAnswer answers;
+        answers.choose(path("x.txt")).when([&] {
+            closed = closeSubjectWindow(QMessageBox::Yes);
+            return true;
+        });
+        answerAll();
+        QCOMPARE(answers.problem(), "");
+        QVERIFY(closed);
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(journaled()->saves.size(), 1, 1000);
+    QCOMPARE(journaled()->saves.first().first().path, path("x.txt"));
+    QVERIFY(journaled()->end == SessionEnd::Finished);
+    QTest::qWait(2); // the journals are named by the time
+    QVERIFY(begin());
+    QTRY_COMPARE_WITH_TIMEOUT(nJournals(), 2, 1000);
 }
 
 // Catches answers lost by a cancelled save dialog.
