@@ -23,8 +23,9 @@ PAGE = """<!DOCTYPE html>
 :root {{ color-scheme: light dark; }}
 body {{ max-width: 48em; margin: 2em auto; padding: 0 1em; font-family: sans-serif; line-height: 1.5; }}
 img {{ max-width: 100%; }}
-code {{ font-family: monospace, monospace; font-size: 0.9em; overflow-wrap: anywhere; }}
-pre {{ overflow-x: auto; padding: 0.5em; border: 1px solid gray; }}
+code, pre {{ font-family: monospace, monospace; font-size: 0.9em; overflow-wrap: anywhere; }}
+pre code {{ font-size: 1em; }}
+pre {{ overflow-x: auto; tab-size: 14; padding: 0.5em; border: 1px solid gray; }}
 table {{ display: block; overflow-x: auto; border-collapse: collapse; }}
 td code {{ overflow-wrap: normal; }}
 @media print {{ pre {{ white-space: pre-wrap; }} }}
