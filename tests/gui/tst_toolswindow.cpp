@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "data/Journal.h"
 #include "support/Contrast.h"
+#include "support/Controls.h"
 #include "support/GuiTestMain.h"
 #include "support/WavFile.h"
 #include "tools/ToolsWindow.h"
@@ -44,7 +45,10 @@ private slots:
 private:
     void open();
     QTabWidget *pages() const { return m_window->findChild<QTabWidget *>(); }
-    QTableView *table(const QString &name) const;
+    QTableView *table(const QString &name) const
+    {
+        return namedControl<QTableView>(*m_window, name);
+    }
     void writeJournal(const QString &subCode, const QString &fileName, bool isAnswered) const;
     void openSessions();
 
@@ -69,16 +73,6 @@ void TestToolsWindow::open()
     m_window = std::make_unique<ToolsWindow>();
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-}
-
-QTableView *TestToolsWindow::table(const QString &name) const
-{
-    const QList<QTableView *> tables = m_window->findChildren<QTableView *>();
-    for (QTableView *table : tables) {
-        if (table->accessibleName() == name)
-            return table;
-    }
-    return nullptr;
 }
 
 /// The journal of a session of one presentation.
@@ -220,13 +214,16 @@ void TestToolsWindow::everyChartFollowsThePalette()
     QCOMPARE(nCharts, 4);
 }
 
-// Catches names that push the results out of the window, or that can nowhere be read as a whole.
+// Catches names that push the results out of the window, or that can nowhere be read as a whole,
+// and findings whose middle is left out.
 void TestToolsWindow::longTokenNamesLeaveRoomForTheOtherColumns()
 {
     const QString name = "<b>" + QString(200, 'x') + "_001.wav";
     for (const QString &other :
          {name, QString(name).replace("_001", "a001"), QString(name).replace("_001", "b001")})
-        QVERIFY(writeFile(m_folder->filePath(other), "no WAV file: " + other.toUtf8()));
+        QVERIFY(writeFile(
+            m_folder->filePath(other),
+            WavBytes{.numChannels = 2, .sampleRate = 44100, .data = other.toUtf8()}.bytes()));
     open();
     m_window->resize(1100, 680);
     m_window->findChild<QLineEdit *>("lineEditFolder")->setText(m_folder->path());
@@ -241,6 +238,16 @@ void TestToolsWindow::longTokenNamesLeaveRoomForTheOtherColumns()
         return tokens->viewport()->grab(place).toImage();
     };
     QVERIFY(cell(1, 2) != cell(2, 2));
+    // A finding is read from its beginning, as far as there is room.
+    const int findings = tokens->model()->columnCount() - 1;
+    const QString text = tokens->model()->index(1, findings).data().toString();
+    QVERIFY2(text.contains(" Hz. The file has two channels."), qPrintable(text));
+    tokens->scrollTo(tokens->model()->index(1, findings));
+    const QImage narrow = cell(1, findings);
+    QVERIFY(narrow.width() < tokens->fontMetrics().horizontalAdvance(text));
+    m_window->resize(2000, 680);
+    const QRect beginning(0, 0, narrow.width() * 3 / 4, narrow.height());
+    QTRY_COMPARE(cell(1, findings).copy(beginning), narrow.copy(beginning));
     QTextDocument toolTip;
     toolTip.setHtml(tokens->model()->index(0, 2).data(Qt::ToolTipRole).toString());
     QCOMPARE(toolTip.toPlainText(), name);
