@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/Contrast.h"
 #include "support/GuiTestMain.h"
 #include "support/ModalAnswer.h"
 #include "support/Noise.h"
@@ -14,10 +15,12 @@
 #include <QLineSeries>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSet>
 #include <QSpinBox>
 #include <QTableView>
 #include <QTextBrowser>
+#include <QTextDocument>
 
 #include <filesystem>
 #include <memory>
@@ -47,6 +50,10 @@ private slots:
     void theFolderIsChosenInADialog();
     void aFolderThatIsNotThereIsNamed();
     void subjectCodeAndTimesAreThoseOfTheFields();
+    void theFindingsOfTheFolderAreShown();
+    void namesAreShownAsTheyAre();
+    void resultsCanBeReadOnEveryDesktop_data();
+    void resultsCanBeReadOnEveryDesktop();
     void numbersAreSortedAsNumbers();
     void theChosenTokenIsDescribedAndDrawn();
     void aTokenThatIsGoneIsNamed();
@@ -126,12 +133,13 @@ qsizetype TestTokensPage::drawnPoints() const
     return qobject_cast<QLineSeries *>(chart->series().first())->points().size();
 }
 
-/// A good token, one that is not presented, a doubtful and a longer one.
+/// A good token, one that is not presented, one that is doubtful for two reasons, and a longer one.
 void TestTokensPage::makeTokens() const
 {
     QVERIFY(writeFile(path("a001.wav"), WavBytes{.data = tone(1500)}.bytes()));
     QVERIFY(writeFile(path("b001.wav"), WavBytes{.audioFormat = 3, .data = tone(10)}.bytes()));
-    QVERIFY(writeFile(path("C002.wav"), WavBytes{.numChannels = 2, .data = tone(500)}.bytes()));
+    const QByteArray breaksOff = tone(500).chopped(4) + WavBytes::samples16({4000, 0});
+    QVERIFY(writeFile(path("C002.wav"), WavBytes{.numChannels = 2, .data = breaksOff}.bytes()));
     QVERIFY(writeFile(path("d002.wav"), WavBytes{.data = tone(8000)}.bytes()));
 }
 
@@ -149,7 +157,13 @@ void TestTokensPage::theTableShowsTheFolder()
     QCOMPARE(column(7), QStringList({"250.000", "", "41.667", "1333.333"}));
     QCOMPARE(cell(0, 10), "");
     QVERIFY(cell(1, 10).startsWith("The reader refuses the file"));
-    QVERIFY(cell(2, 10).startsWith("The file has two channels."));
+    QCOMPARE(cell(2, 10),
+             "The file has two channels. The sound breaks off at 12.2 % of full scale.");
+    const auto alignment = [this](int column) {
+        return table()->model()->index(0, column).data(Qt::TextAlignmentRole).toInt();
+    };
+    QCOMPARE(alignment(2), int(Qt::AlignLeft | Qt::AlignVCenter));
+    QCOMPARE(alignment(7), int(Qt::AlignRight | Qt::AlignVCenter));
     QSet<qint64> icons;
     for (int row = 0; row < 3; ++row)
         icons.insert(
@@ -187,6 +201,10 @@ void TestTokensPage::aFolderThatIsNotThereIsNamed()
     check(m_folder->path());
     check(path("none"));
     QCOMPARE(message(), "The folder " + path("none") + " does not exist.");
+    // A path that is longer than the line can be read as a whole.
+    QTextDocument toolTip;
+    toolTip.setHtml(child<QLabel>("labelMessage")->toolTip());
+    QCOMPARE(toolTip.toPlainText(), message());
     QCOMPARE(table()->model()->rowCount(), 4);
 }
 
@@ -200,6 +218,69 @@ void TestTokensPage::subjectCodeAndTimesAreThoseOfTheFields()
     check(m_folder->path());
     QCOMPARE(column(3), QStringList({"stranger", "stranger", "mother", "mother"}));
     QVERIFY(child<QTextBrowser>("textFolder")->toPlainText().contains("12 presentations"));
+}
+
+// Catches a finding of the folder that is only counted, and one that is kept when it is cured.
+void TestTokensPage::theFindingsOfTheFolderAreShown()
+{
+    makeTokens();
+    const auto text = [this] { return child<QTextBrowser>("textFolder")->toPlainText(); };
+    child<QLineEdit>("lineEditSubCode")->setText("CHD009");
+    check(m_folder->path());
+    QCOMPARE(message(), "Findings: 2 of 4 tokens, and 1 of the folder.");
+    QVERIFY2(text().contains("No token is of the category \"mother\" for the subject code "
+                             "\"CHD009\". The same answer would be right each time. Check"),
+             qPrintable(text()));
+    child<QLineEdit>("lineEditSubCode")->setText("CHD001");
+    check(m_folder->path());
+    QVERIFY2(!text().contains("No token"), qPrintable(text()));
+}
+
+// Catches a name that is taken for markup in one of the texts.
+void TestTokensPage::namesAreShownAsTheyAre()
+{
+    for (const char *name : {"<i>a001.wav", "<i>b001.wav"})
+        QVERIFY(writeFile(path(name), WavBytes{.data = tone(1500)}.bytes()));
+    QVERIFY(writeFile(path("<i>.txt"), "no token"));
+    check(m_folder->path());
+    const auto text = [this] { return child<QTextBrowser>("textToken")->toPlainText(); };
+    QVERIFY2(text().startsWith("<i>a001.wav"), qPrintable(text()));
+    QTest::keyClick(table(), Qt::Key_Down);
+    QVERIFY2(text().startsWith("<i>b001.wav") &&
+                 text().contains("The content is the same as of \"<i>a001.wav\"."),
+             qPrintable(text()));
+    const QString folder = child<QTextBrowser>("textFolder")->toPlainText();
+    QVERIFY2(folder.contains(": <i>.txt."), qPrintable(folder));
+}
+
+void TestTokensPage::resultsCanBeReadOnEveryDesktop_data()
+{
+    QTest::addColumn<QPalette>("palette");
+    QTest::newRow("light") << QApplication::palette();
+    QTest::newRow("dark") << QPalette(QColor(60, 60, 60), QColor(40, 40, 40));
+}
+
+// Catches results and findings in a colour that is too near to the background, and in that of
+// another result.
+void TestTokensPage::resultsCanBeReadOnEveryDesktop()
+{
+    QFETCH(const QPalette, palette);
+    const QPalette before = QApplication::palette();
+    const auto restore = qScopeGuard([&] { QApplication::setPalette(before); });
+    QApplication::setPalette(palette);
+    makeTokens();
+    check(m_folder->path());
+    const auto colour = [this](int row, int column) {
+        return table()->model()->index(row, column).data(Qt::ForegroundRole);
+    };
+    for (const int row : {1, 2}) {
+        const auto result = colour(row, 0).value<QColor>();
+        QVERIFY2(contrast(result, palette.color(QPalette::Base)) >= 4.5, qPrintable(result.name()));
+        QCOMPARE(colour(row, 10), colour(row, 0));
+        QVERIFY(!colour(row, 2).isValid());
+    }
+    QVERIFY(colour(1, 0) != colour(2, 0));
+    QVERIFY(!colour(0, 0).isValid());
 }
 
 // Catches numbers that are sorted as texts, by which 1333 comes before 250.
@@ -218,6 +299,9 @@ void TestTokensPage::numbersAreSortedAsNumbers()
     QCOMPARE(column(0), QStringList({"Not played", "Doubtful", "Good", "Good"}));
     clickHeader(2);
     QCOMPARE(column(2), QStringList({"a001.wav", "b001.wav", "C002.wav", "d002.wav"}));
+    // Two findings come after one, whatever their texts.
+    clickHeader(10);
+    QCOMPARE(column(10).last().section(' ', 0, 2), "The file has");
 }
 
 // Catches the text or the picture of another token, also in a sorted table, and a sound where a
@@ -241,7 +325,8 @@ void TestTokensPage::theChosenTokenIsDescribedAndDrawn()
 
     table()->sortByColumn(1, Qt::DescendingOrder);
     QTest::keyClick(table(), Qt::Key_Up);
-    QVERIFY2(text().startsWith("C002.wav") && text().contains("the left one alone"),
+    QVERIFY2(text().startsWith("C002.wav") && text().contains("the left one alone") &&
+                 text().contains("A click would be heard"),
              qPrintable(text()));
     QTRY_COMPARE(drawnPoints(), 2000);
 }
@@ -273,8 +358,11 @@ void TestTokensPage::theTableIsExported()
     QCOMPARE(lines.size(), 6);
     QVERIFY(lines.at(0).startsWith("Number\tName\tCategory\t"));
     QCOMPARE(lines.at(1), "1\ta001.wav\tmother\t48000\t16\t1\t250.000\t-12.2\t-16.5\t");
-    QVERIFY(lines.at(3).startsWith("3\tC002.wav\tstranger\t48000\t16\t2\t41.667\t"));
-    QVERIFY(lines.at(3).contains("A session would play the left one alone."));
+    QCOMPARE(lines.at(3), "3\tC002.wav\tstranger\t48000\t16\t2\t41.667\t-18.3\t-18.3\t"
+                          "The file has two channels. A session would play the left one alone. "
+                          "Save the wanted channel, or a mix of both, as one channel. "
+                          "The sound breaks off at 12.2 % of full scale. A click would be heard. "
+                          "Fade its last milliseconds out.");
     QCOMPARE(message(), "The table has been written to " + path("table.txt") + ".");
 }
 
