@@ -106,6 +106,8 @@ private slots:
     void whatIsWrongWithATokenIsFound_data();
     void whatIsWrongWithATokenIsFound();
     void everyFindingSaysWhatItDoesAndItsCure();
+    void aFindingNamesWhatItIsAbout_data();
+    void aFindingNamesWhatItIsAbout();
     void aRefusalSaysWhatTheReaderPrints_data();
     void aRefusalSaysWhatTheReaderPrints();
     void aTokenThatIsNotPresentedHasNoMeasures_data();
@@ -276,7 +278,9 @@ void TestTokenCheck::everyFindingSaysWhatItDoesAndItsCure()
         return all;
     };
     const QString rate = texts(WavBytes{.sampleRate = 44100, .data = good}.bytes());
-    QVERIFY2(rate.contains("44100 Hz") && rate.contains("108.8 %"), qPrintable(rate));
+    QVERIFY2(rate.contains("is 44100 Hz, not 48000 Hz") && rate.contains("108.8 %") &&
+                 rate.contains("Convert it to 48000 Hz."),
+             qPrintable(rate));
     const QString slow = texts(WavBytes{.sampleRate = 96000, .data = good}.bytes());
     QVERIFY2(slow.contains("50.0 %"), qPrintable(slow));
     const QString truncated = texts(WavBytes{.data = good.left(10), .declaredSize = 12}.bytes());
@@ -289,9 +293,50 @@ void TestTokenCheck::everyFindingSaysWhatItDoesAndItsCure()
     QVERIFY2(silence.contains("101.0 ms") && silence.contains("200.0 ms"), qPrintable(silence));
     const QString click = texts(wav(replaced(tone(), 9599, {-16384})));
     QVERIFY2(click.contains("50.0 %"), qPrintable(click));
+    const QString offset = texts(wav(shifted(tone(), -3278)));
+    QVERIFY2(offset.contains("an offset of -10.0 % of full scale"), qPrintable(offset));
     const QString channels = texts(WavBytes{.numChannels = 5, .data = good}.bytes());
     QVERIFY2(channels.contains("5 channels"), qPrintable(channels));
     QCOMPARE(texts(wav(tone(9601, 20))).count("-60 dBFS"), 1);
+}
+
+void TestTokenCheck::aFindingNamesWhatItIsAbout_data()
+{
+    QTest::addColumn<Finding>("finding");
+    QTest::addColumn<QString>("fact");
+    const auto row = [](const char *word, const Finding &finding, const QString &fact) {
+        QTest::newRow(word) << finding << fact;
+    };
+    row("refused", refusedByReader("No sound"), "The reader refuses the file: \"No sound\".");
+    row("incompleteHeader", incompleteHeader(7),
+        "The file has only 7 bytes, and the header alone has 44.");
+    row("tooLarge", tooLarge(),
+        "To read and draw this token takes more memory than this computer has left.");
+    row("sameContent", sameContent("a.wav"), "The content is the same as of \"a.wav\".");
+    row("levelApart", levelApart(-3.76, Category::Mother),
+        "The level is 3.8 dB below the median of the tokens of this category (mother).");
+    row("noTokens", noTokens(), "The folder contains no .wav files.");
+    row("noTokensOfCategory", noTokensOfCategory(Category::Mother, "CHD1"),
+        "No token is of the category \"mother\" for the subject code \"CHD1\".");
+    row("noPresentations", noPresentations(), "Each token is to be presented less than once.");
+    row("tooManyPresentations", tooManyPresentations(3, 400'000),
+        "3 tokens, 400000 times each, are more than 1000000 presentations.");
+    row("levelsApartInCategory", levelsApartInCategory(Category::Stranger, 4.26, "a.wav", "b.wav"),
+        "In the category \"stranger\" the level of \"a.wav\" is 4.3 dB above that of \"b.wav\".");
+    row("levelsApartBetweenCategories", levelsApartBetweenCategories(Category::Stranger, 3.5),
+        "The median level of the category \"stranger\" is 3.5 dB above that of \"mother\".");
+    row("undecodableName", undecodableName("a?.wav"), "The name of \"a?.wav\" is not UTF-8.");
+    row("specialFile", specialFile("a.wav"),
+        "\"a.wav\" is no file, but a pipe, a device, a link to nothing or the like.");
+}
+
+// Catches a finding that is told of another file, category or number, and one under the name of
+// another, by which scripts know it.
+void TestTokenCheck::aFindingNamesWhatItIsAbout()
+{
+    QFETCH(const Finding, finding);
+    QTEST(finding.fact, "fact");
+    QCOMPARE(findingWord(finding.kind), QTest::currentDataTag());
 }
 
 void TestTokenCheck::aRefusalSaysWhatTheReaderPrints_data()
