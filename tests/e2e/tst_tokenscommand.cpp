@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/WavFile.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -22,6 +23,8 @@ private slots:
     void init();
 
     void aGoodFolderIsATableWithoutFindings();
+    void theLengthOfASessionIsTold_data();
+    void theLengthOfASessionIsTold();
     void findingsAreToldInSentences();
     void jsonHoldsTheSame();
     void theStatusSaysWhetherSomethingWasFound_data();
@@ -100,11 +103,34 @@ void TestTokensCommand::aGoodFolderIsATableWithoutFindings()
              "Left out because their names do not end in .wav: notes.txt.\n");
 }
 
+void TestTokensCommand::theLengthOfASessionIsTold_data()
+{
+    QTest::addColumn<int>("nTimes");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("once") << 1 << "1 presentation and lasts 2 s";
+    QTest::newRow("just less than a minute") << 39 << "39 presentations and lasts 59 s";
+    QTest::newRow("a minute") << 40 << "40 presentations and lasts 1 min 0 s";
+    QTest::newRow("minutes") << 85 << "85 presentations and lasts 2 min 8 s";
+}
+
+// Catches seconds that are cut off or counted twice, and "1 presentations".
+void TestTokensCommand::theLengthOfASessionIsTold()
+{
+    QFETCH(const int, nTimes);
+    QFETCH(const QString, expected);
+    make("a001.wav"); // takes 1.5 s each time
+    const Run result = run({m_folder->path(), "--n-times", QString::number(nTimes)});
+    QVERIFY2(result.out.contains("\n1 token: 1 of the mother and 0 of strangers.\nA session has " +
+                                 expected + ", without the time"),
+             qPrintable(result.out));
+}
+
 // Catches a finding that is left out, or told at another token.
 void TestTokensCommand::findingsAreToldInSentences()
 {
     make("a001.wav", {.sampleRate = 44100});
     make("b002.wav", {.audioFormat = 3});
+    make("c002.wav", {.data = QByteArray(2000, '\0')});
     const Run bad = run({m_folder->path(), "--subject", "CHD009"});
     QCOMPARE(bad.status, 1);
     const QStringList lines = bad.out.split('\n');
@@ -116,6 +142,8 @@ void TestTokensCommand::findingsAreToldInSentences()
                                     "file: \"Not a PCM (linear quantitation) WAV file\". A session "
                                     "would play the token before it in its place."),
              qPrintable(lines.at(2)));
+    QVERIFY2(lines.at(3).contains("\t-inf\t-inf\tNo sample reaches -60 dBFS."),
+             qPrintable(lines.at(3)));
     QVERIFY(bad.out.contains("\nNo token is of the category \"mother\" for the subject code "
                              "\"CHD009\". "));
 }
@@ -125,7 +153,10 @@ void TestTokensCommand::jsonHoldsTheSame()
 {
     make("a001.wav", {.numChannels = 2});
     make("b002.wav", {.audioFormat = 3});
+    make("c002.wav", {.data = QByteArray(2000, '\0')});
     make(".hidden.wav");
+    make("notes.txt");
+    QVERIFY(QDir().mkpath(path("folder")));
     const Run bad = run({"--json", m_folder->path(), "--n-times", "2"});
     QCOMPARE(bad.status, 1);
     QCOMPARE(bad.errors, "");
@@ -133,23 +164,32 @@ void TestTokensCommand::jsonHoldsTheSame()
     const QJsonObject check = QJsonDocument::fromJson(bad.out.toUtf8(), &error).object();
     QCOMPARE(error.error, QJsonParseError::NoError);
     QCOMPARE(check["folder"].toString(), m_folder->path());
-    QCOMPARE(check["presentations"].toInt(), 4);
+    QCOMPARE(check["presentations"].toInt(), 6);
     QCOMPARE(check["motherTokens"].toInt(), 1);
-    QCOMPARE(check["strangerTokens"].toInt(), 1);
-    QCOMPARE(check["leftOut"].toArray().first()["name"].toString(), ".hidden.wav");
-    QCOMPARE(check["leftOut"].toArray().first()["reason"].toString(), "hidden");
+    QCOMPARE(check["strangerTokens"].toInt(), 2);
+    QStringList leftOut;
+    for (const QJsonValue &entry : check["leftOut"].toArray())
+        leftOut.append(entry["name"].toString() + ' ' + entry["reason"].toString());
+    QCOMPARE(leftOut,
+             QStringList({".hidden.wav hidden", "folder folder", "notes.txt otherSuffix"}));
     const QJsonArray tokens = check["tokens"].toArray();
-    QCOMPARE(tokens.size(), 2);
+    QCOMPARE(tokens.size(), 3);
     QCOMPARE(tokens[0]["name"].toString(), "a001.wav");
     QCOMPARE(tokens[0]["category"].toString(), "mother");
     QCOMPARE(tokens[0]["channels"].toInt(), 2);
     QVERIFY(tokens[0]["presented"].toBool());
     QVERIFY(tokens[0]["rmsDbfs"].isDouble());
     QCOMPARE(tokens[0]["findings"][0]["kind"].toString(), "stereo");
-    QVERIFY(!tokens[0]["findings"][0]["cure"].toString().isEmpty());
+    QCOMPARE(tokens[0]["findings"][0]["fact"].toString(), "The file has two channels.");
+    QCOMPARE(tokens[0]["findings"][0]["effect"].toString(),
+             "A session would play the left one alone.");
+    QCOMPARE(tokens[0]["findings"][0]["cure"].toString(),
+             "Save the wanted channel, or a mix of both, as one channel.");
     QCOMPARE(tokens[1]["presented"].toBool(true), false);
     QVERIFY(tokens[1]["rate"].isNull());
     QCOMPARE(tokens[1]["findings"][0]["kind"].toString(), "refused");
+    QVERIFY(tokens[2]["peakDbfs"].isNull()); // JSON has no minus infinity
+    QVERIFY(tokens[2]["rmsDbfs"].isNull());
 }
 
 void TestTokensCommand::theStatusSaysWhetherSomethingWasFound_data()
@@ -183,14 +223,16 @@ void TestTokensCommand::theStatusSaysWhetherSomethingWasFound()
 // Catches a name that begins a new column or line, in the table and in the sentences.
 void TestTokensCommand::namesCannotBreakTheTable()
 {
-    make("a\t001\n.wav");
-    make("b002.wav");
+    for (const char *name : {"a\t001\n.wav", "b002.wav"}) // the second finding names the first
+        make(name, {.data = tone(1500)});
     make("c\n.txt");
     const Run odd = run({m_folder->path()});
     QCOMPARE(odd.status, 1);
     const QStringList lines = odd.out.split('\n');
     QCOMPARE(lines.size(), 1 + 2 + 1 + 3 + 1);
-    QCOMPARE(lines.at(1).count('\t'), 9);
+    for (const int line : {1, 2})
+        QCOMPARE(lines.at(line).count('\t'), 9);
+    QVERIFY2(lines.at(2).contains("same as of \"a\\t001\\n.wav\""), qPrintable(lines.at(2)));
     QVERIFY(lines.at(1).startsWith("1\ta\\t001\\n.wav\t"));
 }
 
