@@ -107,6 +107,7 @@ void TestTokensCommand::theLengthOfASessionIsTold_data()
 {
     QTest::addColumn<int>("nTimes");
     QTest::addColumn<QString>("expected");
+    QTest::newRow("never") << 0 << "0 presentations and lasts 0 s";
     QTest::newRow("once") << 1 << "1 presentation and lasts 2 s";
     QTest::newRow("just less than a minute") << 39 << "39 presentations and lasts 59 s";
     QTest::newRow("a minute") << 40 << "40 presentations and lasts 1 min 0 s";
