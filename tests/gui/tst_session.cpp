@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "data/Journal.h"
 #include "subject/SubjectWindow.h"
 #include "support/GuiTestMain.h"
 #include "support/SessionScores.h"
@@ -278,14 +279,15 @@ void TestSession::aWholeSessionIsScoredAsAnswered()
     }
 }
 
-// Catches an experiment that is not offered after practice, a file that is not written and
-// one that carries the other session's type or trials.
+// Catches an experiment that is not offered after practice, a file that is not written, one that
+// carries the other session's type or trials, and a journal that names another output.
 void TestSession::anExperimentFollowsThePracticeWithItsOwnFiles()
 {
     QVERIFY(makeToken("MOV001.wav", 20));
     QVERIFY(makeToken("MOV002.wav", 20));
     m_window->checkBoxSaveData->setChecked(true);
     m_window->lineEditNTimes->setText("2");
+    QDir(journalFolder()).removeRecursively();
     for (const QString type : {"practice", "experiment"}) {
         QVERIFY(prepare(type == "practice" ? m_window->pushButtonPractice
                                            : m_window->pushButtonExperiment,
@@ -319,6 +321,17 @@ void TestSession::anExperimentFollowsThePracticeWithItsOwnFiles()
         QCOMPARE(answers.problem(), "");
         QVERIFY(m_window->pushButtonExperiment->isEnabled());
         QVERIFY(!m_window->pushButtonGo->isEnabled());
+
+        const QString output = QMediaDevices::defaultAudioOutput().description();
+        QVERIFY(output != "" && output != QMediaDevices::defaultAudioInput().description());
+        const auto journaledOutput = [] {
+            const QString newest =
+                QDir(journalFolder()).entryList(QDir::Files, QDir::Name).value(0);
+            const auto session = readJournal(contents(journalFolder() + '/' + newest));
+            return session ? session->output : QString();
+        };
+        QTRY_COMPARE(journaledOutput(), output);
+        QVERIFY(QDir(journalFolder()).removeRecursively());
     }
 }
 
