@@ -791,18 +791,25 @@ void TestSession::theQuestionCanBeAnsweredAsATokenComes()
 
 void TestSession::theDelayRunsOnceAndIsPreciseBelowTwoSeconds_data()
 {
-    QTest::addColumn<QString>("interval"); // ms, beside a token of 250 ms
+    QTest::addColumn<int>("nSamples");
+    QTest::addColumn<QString>("interval"); // ms
     QTest::addColumn<int>("delay");
     QTest::addColumn<Qt::TimerType>("type");
-    QTest::newRow("below two seconds") << "1749.500" << 1999 << Qt::PreciseTimer;
-    QTest::newRow("two seconds") << "1750.000" << 2000 << Qt::CoarseTimer;
+    QTest::newRow("below two seconds") << 12000 << "1749.500" << 1999 << Qt::PreciseTimer;
+    QTest::newRow("two seconds") << 12000 << "1750.000" << 2000 << Qt::CoarseTimer;
+    // The token's 250.0208 ms count as they are shown.
+    QTest::newRow("three decimals of the duration")
+        << 12001 << "749.97905" << 1000 << Qt::PreciseTimer;
 }
 
-// Catches a delay that is rounded, kept by the other kind of timer, or repeated.
+// Catches a delay that is rounded, of another duration than is shown, kept by the other kind of
+// timer, or repeated.
 void TestSession::theDelayRunsOnceAndIsPreciseBelowTwoSeconds()
 {
+    QFETCH(const int, nSamples);
     QFETCH(const QString, interval);
-    QVERIFY(makeToken("MOV001.wav", 250));
+    QVERIFY(writeFile(path("tokens/MOV001.wav"),
+                      WavBytes{.data = QByteArray(2 * nSamples, '\0')}.bytes()));
     m_window->lineEditSi->setText(interval);
     QVERIFY(prepare(m_window->pushButtonPractice, path("tokens")));
     QVERIFY(!m_window->presentationTimer.isActive());
