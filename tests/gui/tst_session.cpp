@@ -367,7 +367,8 @@ void TestSession::aTokenStartsItsDurationAndTheIntervalAfterThePress_data()
 }
 
 // Catches a token that does not start when its duration and the silent interval have passed since
-// the button was pressed, but at half or twice that time or without one of the two.
+// the button was pressed, but at half or twice that time or without one of the two, and a timing
+// that counts from another time.
 void TestSession::aTokenStartsItsDurationAndTheIntervalAfterThePress()
 {
     QFETCH(const State, pressed);
@@ -383,10 +384,9 @@ void TestSession::aTokenStartsItsDurationAndTheIntervalAfterThePress()
 
     QElapsedTimer sincePress;
     qint64 started = -1;
-    connect(m_window.get(), &MainWindow::soundPlaying, this, [&](int index) {
-        if (index == 1)
-            started = sincePress.elapsed();
-    });
+    qint64 ended = -1;
+    connect(m_window.get(), &MainWindow::soundPlaying, this,
+            [&](int index) { (index == 1 ? started : ended) = sincePress.elapsed(); });
     m_window->lineEditSi->setText(QString::number(interval));
     if (pressed == State::Feedback)
         m_window->data.si = interval / 1000.0; // the field is not read again
@@ -402,6 +402,13 @@ void TestSession::aTokenStartsItsDurationAndTheIntervalAfterThePress()
     QVERIFY(awaitAnswering());
     const qint64 heard = sincePress.elapsed() - started;
     QVERIFY2(heard >= duration, qPrintable(QString::number(heard)));
+    // The timing that is kept counts from when the token was due: as long after the press as it
+    // took the program to schedule it, and the delay.
+    const double clockStart =
+        m_window->presentationTimings.value(m_window->trialIndex - 1).clockStart;
+    const auto latest = static_cast<double>(ended - duration - interval);
+    QVERIFY2(clockStart < latest + 2 && clockStart > latest - 500,
+             qPrintable(QString("%1 of %2").arg(clockStart).arg(latest)));
 }
 
 void TestSession::aTokenIsShownBeforeItIsHeard_data()

@@ -91,6 +91,7 @@ private slots:
 
     void everyCodeIsConvertedExactly_data();
     void everyCodeIsConvertedExactly();
+    void loadingAgainTakesNoMoreMemory();
     void theSampleVectorFitsTheLargestFileSoFar_data();
     void theSampleVectorFitsTheLargestFileSoFar();
 
@@ -594,6 +595,25 @@ void TestCWav::everyCodeIsConvertedExactly()
                                  .arg(wav.samples[code], 0, 'g', 17)
                                  .arg(expected, 0, 'g', 17)));
     }
+}
+
+// Catches bytes of an earlier file that are kept beside those of the next.
+void TestCWav::loadingAgainTakesNoMoreMemory()
+{
+#ifdef __GLIBC__
+    const auto allocated = [] {
+        const auto info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    constexpr int size = 1'000'000;
+    QVERIFY(writeFile(path(), WavBytes{.data = QByteArray(size, '\x11')}.bytes()));
+    CWav wav;
+    QVERIFY(load(wav, path()).result);
+    const auto before = allocated();
+    for (int i = 0; i < 5; ++i)
+        QVERIFY(load(wav, path()).result);
+    QVERIFY(allocated() < before + size);
+#endif
 }
 
 void TestCWav::theSampleVectorFitsTheLargestFileSoFar_data()
