@@ -460,7 +460,7 @@ void TestMainWindow::onlyPracticeAndQuitCanBePressedAtTheStart()
     }
 }
 
-// Catches sizes that do not follow from the default duration.
+// Catches sizes that do not follow from the default duration, and another format of what is played.
 void TestMainWindow::theParametersStartAsTheDefaultDurationNeeds()
 {
     QCOMPARE(m_window->data.alwaysPlotEntireWaveformFlag, 1);
@@ -468,6 +468,9 @@ void TestMainWindow::theParametersStartAsTheDefaultDurationNeeds()
     QCOMPARE(m_window->data.nFreqPointsToPlot, 682);
     QVERIFY(!m_window->reactionTimer->isValid());
     QVERIFY(!m_window->audioSink);
+    QCOMPARE(m_window->audioOutputFormat.sampleRate(), 48000);
+    QCOMPARE(m_window->audioOutputFormat.channelCount(), 1);
+    QCOMPARE(m_window->audioOutputFormat.sampleFormat(), QAudioFormat::Float);
 }
 
 // Catches a session without feedback in which the subject would wait for a "Next" in vain.
