@@ -487,6 +487,9 @@ void TestSubjectWindow::eachStateShowsAndEnablesItsButtons_data()
     QTest::newRow("answered, automatic") << true << true << answered << choices << none;
     QTest::newRow("next pressed") << true << false << (QStringList(answered) << "next") << withNext
                                   << none;
+    // Nobody can press it while it is hidden, but the slot is public.
+    QTest::newRow("next called while it is hidden")
+        << true << true << (QStringList(heard) << "call next") << withNext << none;
     QTest::newRow("second token, automatic") << true << true
                                              << (QStringList(answered) << "1"
                                                                        << "-1")
@@ -537,6 +540,8 @@ void TestSubjectWindow::eachStateShowsAndEnablesItsButtons()
             click("pushButtonChoice4");
         else if (step == "next")
             click("pushButtonNext");
+        else if (step == "call next")
+            m_window->pushButtonNext_clicked();
         else if (step == "finish")
             m_window->finishExperiment(0.25, 0.0, 0);
         else
