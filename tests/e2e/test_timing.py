@@ -153,6 +153,7 @@ class Timing(unittest.TestCase):
                 (("--input", "nowhere"), {}, "There is no input nowhere. There are: "),
                 ((), {"PULSE_SERVER": "unix:/nonexistent"}, "There is no sound server"),
                 (("--plays", "0"), {}, "The number of plays must be 1 to 1000"),
+                (("--plays", "1001"), {}, "The number of plays must be 1 to 1000"),
                 (("--plays", "many"), {}, "The number of plays must be 1 to 1000"),
                 (("--input", ""), {}, "The name of the input is empty")):
             with self.subTest(reason):

@@ -221,6 +221,9 @@ void TestTimingReport::thePeriodIsToldAsFarAsItIsKnown_data()
     QTest::newRow("PipeWire, a shorter one")
         << QList<double>{1024, 1024, 2048}
         << "at most 1024 samples (21.3 ms); the program cannot tell shorter ones apart";
+    QTest::newRow("PipeWire, as many of each")
+        << QList<double>{2048, 1024}
+        << "at most 1024 samples (21.3 ms); the program cannot tell shorter ones apart";
     QTest::newRow("PulseAudio") << QList<double>{360, 352, 352}
                                 << "unknown; the server takes 352 samples (7.3 ms) at a time";
 }
@@ -316,6 +319,8 @@ void TestTimingReport::theTextHasEveryPart()
     QVERIFY(lines.at(2).startsWith(
         "250 ms  3      3      100.00 %       +2.00, 1.00, +1.00 .. +3.00  "));
     QVERIFY(lines.at(3).startsWith("all     4      4      100.00 %       +2.00, 0.82"));
+    for (int row = 0; row < 4; ++row)
+        QVERIFY2(!lines.at(row).endsWith(' '), qPrintable(lines.at(row)));
     for (const QString &part : {verdict(report).text, limitsText(report), paperText(report),
                                 periodText(report), report.server, report.device, report.machine.qt,
                                 report.machine.kernel, report.machine.processor,
@@ -373,6 +378,8 @@ void TestTimingReport::theDocumentShowsNamesAsTheyAre()
          {verdict(report).text, limitsText(report), paperText(report), periodText(report),
           report.device, report.machine.processor, QString("+1.00 .. +3.00")})
         QVERIFY2(html.contains(part.toHtmlEscaped()), qPrintable(part));
+    QVERIFY(html.contains("<tr><th align=\"left\">token</th>"));
+    QVERIFY(html.contains("<tr><td align=\"left\">250 ms</td>"));
     QVERIFY(!html.contains("Processor <1>"));
     QVERIFY(html.contains(QChar(0x2588)));
     QVERIFY(!toHtml(reportOf({})).contains("For a paper"));
