@@ -97,6 +97,7 @@ void TestSoundFolder::practiceAsksForAFolderFromTheDesktopOn()
 {
     QVERIFY(QDir().mkpath(desktop()));
     QVERIFY(make({"a.wav"}));
+    m_window->data.desktopPath = m_folder->path(); // the desktop may have been moved meanwhile
     ModalAnswer answers;
     answers.choose(m_folder->path());
     practice();

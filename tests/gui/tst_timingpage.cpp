@@ -103,6 +103,7 @@ void TestTimingPage::eachPlayIsShownAndTheResultAtTheEnd()
     QVERIFY(!button("Save report…")->isEnabled());
     for (int round = 0; round < 2; ++round) {
         click("Start");
+        QCOMPARE(verdict(), QString("Measuring."));
         QVERIFY(button("Stop")->isEnabled());
         QVERIFY(!button("Start")->isEnabled());
         QVERIFY(!sources()->isEnabled());
