@@ -407,7 +407,7 @@ void TestSession::aTokenStartsItsDurationAndTheIntervalAfterThePress()
     const double clockStart =
         m_window->presentationTimings.value(m_window->trialIndex - 1).clockStart;
     const auto latest = static_cast<double>(ended - duration - interval);
-    QVERIFY2(clockStart < latest + 2 && clockStart > latest - 500,
+    QVERIFY2(clockStart < latest + 2 && clockStart > latest - 250,
              qPrintable(QString("%1 of %2").arg(clockStart).arg(latest)));
 }
 
