@@ -7,9 +7,9 @@
 #include "app/FieldText.h"
 #include "app/OneLineValidator.h"
 #include "app/ShownField.h"
-#include "app/WindowIcon.h"
 #include "audio/SilentStream.h"
 #include "subject/WindowGeometry.h"
+#include "subject/WindowIcon.h"
 
 #include <QApplication>
 #include <QChartView>
@@ -270,10 +270,7 @@ void MainWindow::checkBoxAutoPlay_stateChanged(int arg1)
 
 void MainWindow::refreshMainWindow()
 {
-    // While the save dialog is open, the save is still to be written to the journal. With Qt 6.4 a
-    // desktop with Wayland can close a window that is behind a dialog.
-    if (!busy)
-        journal.close(SessionEnd::BrokenOff);
+    journal.close(SessionEnd::BrokenOff);
     silentStream.reset(); // may process events, during which the controls must still be disabled
     setEnabled(true);
     lineEditNTimes->setEnabled(true);

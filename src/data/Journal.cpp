@@ -299,48 +299,47 @@ Journal::Journal(const QString &folder, const Synchronise &synchronise)
 
 void Journal::begin(const Data &data, const QList<qint32> &order, const QString &output)
 {
-    if (m_file != nullptr)
+    if (m_session != nullptr)
         return;
     m_finished = false;
     const QDateTime started = QDateTime::currentDateTimeUtc();
-    m_file = std::make_shared<File>(m_folder, started, m_synchronise);
-    write([=] { return headLine(data, order, output, started); });
+    m_session = std::make_shared<File>(m_folder, started, m_synchronise);
+    write(m_session, [=] { return headLine(data, order, output, started); });
 }
 
 void Journal::answer(const JournaledAnswer &answer)
 {
-    write([=] { return answerLine(answer); });
+    write(m_session, [=] { return answerLine(answer); });
 }
 
 void Journal::finish(const Data &data)
 {
     m_finished = true;
-    write([=] {
+    write(m_session, [=] {
         QJsonObject line = endLine(SessionEnd::Finished);
         line.insert("parameters"_L1, parametersToJson(data));
         return line;
     });
 }
 
-void Journal::save(const QList<SavedFile> &files)
+void Journal::save(const Session &session, const QList<SavedFile> &files)
 {
-    write([=] { return saveLine(files); });
+    write(session, [=] { return saveLine(files); });
 }
 
 void Journal::close(SessionEnd end)
 {
     if (!m_finished)
-        write([=] { return endLine(end); });
-    m_file.reset();
+        write(m_session, [=] { return endLine(end); });
+    m_session.reset();
 }
 
-/// Makes the threads form @p line, add it to the open journal, if there is one, and synchronise the
-/// journal.
-void Journal::write(const std::function<QJsonObject()> &line)
+/// Makes the threads form @p line, add it to @p session, unless that is null, and synchronise that.
+void Journal::write(const Session &session, const std::function<QJsonObject()> &line)
 {
-    if (m_file == nullptr)
+    if (session == nullptr)
         return;
-    m_writer.start([this, file = m_file, line] {
+    m_writer.start([this, file = session, line] {
         file->add(line());
         m_synchroniser.start([file] { file->synchronise(); });
     });

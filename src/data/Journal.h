@@ -43,7 +43,12 @@ QString journalFolder();
 /// written, that is logged once, and the missing lines are tried again with the next one.
 class Journal
 {
+    class File;
+
 public:
+    /// A session's journal, to which a save can be added even after it has been closed.
+    using Session = std::shared_ptr<File>;
+
     /// Makes the system write to the disk what it still holds in memory of the file with this
     /// descriptor; false when that fails.
     using Synchronise = std::function<bool(int descriptor)>;
@@ -65,20 +70,23 @@ public:
     /// Each adds a line to the open journal, if there is one.
     void answer(const JournaledAnswer &answer);
     void finish(const Data &data); ///< with the parameters of @p data, as they were at the end
-    void save(const QList<SavedFile> &files);
+
+    /// The open journal; null if there is none.
+    Session session() const { return m_session; }
+
+    /// Adds a line to the journal @p session; does nothing if that is null.
+    void save(const Session &session, const QList<SavedFile> &files);
 
     /// Closes the open journal, if there is one. Adds @p end to it if the session has not finished.
     void close(SessionEnd end);
 
 private:
-    class File;
-
-    void write(const std::function<QJsonObject()> &line);
+    void write(const Session &session, const std::function<QJsonObject()> &line);
 
     QString m_folder;
     Synchronise m_synchronise;
-    std::shared_ptr<File> m_file; ///< the open journal, used by the threads only
-    bool m_finished = false;      ///< the open journal says that its session has finished
+    Session m_session;       ///< the open journal; its file is used by the threads only
+    bool m_finished = false; ///< the open journal says that its session has finished
     // Each has one thread. Destroying them waits for their work; the writer, which is destroyed
     // first, may still give work to the other one.
     QThreadPool m_synchroniser;

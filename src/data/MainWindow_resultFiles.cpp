@@ -32,6 +32,10 @@ void MainWindow::writeDataToTxt()
     if (!QFileInfo(data.outputFilePath + u'/').dir().exists())
         QDir().mkpath(data.outputFilePath);
 
+    // With Qt 6.4 a desktop with Wayland can close the subject window behind the dialog, and with
+    // it the journal.
+    const Journal::Session session = journal.session();
+
     // A cancelled dialog gives an empty name, which fails to open like any other that cannot be
     // written.
     QString selectedFilter = u"Text files (*.txt)"_s;
@@ -45,5 +49,5 @@ void MainWindow::writeDataToTxt()
     const auto warn = [this](const QString &text) {
         QMessageBox::warning(this, u"Warning"_s, text, QMessageBox::Ok);
     };
-    journal.save(writeResultFiles(data, data.entries.size(), chosen, warn));
+    journal.save(session, writeResultFiles(data, data.entries.size(), chosen, warn));
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "subject/SubjectWindow.h"
 
-#include "app/WindowIcon.h"
 #include "subject/LargeTextButton.h"
 #include "subject/WindowGeometry.h"
+#include "subject/WindowIcon.h"
 
 #include <QCloseEvent>
 #include <QGridLayout>

@@ -216,7 +216,7 @@ void save(FuzzInput &input, JournaledSession &held, Journal &journal)
     for (SavedFile &file : files)
         file = {input.validText(), input.bytes(input.byte() % 4).toHex()};
     held.saves.append(files);
-    journal.save(files);
+    journal.save(journal.session(), files);
 }
 
 void finish(FuzzInput &input, JournaledSession &held, Journal &journal)

@@ -392,14 +392,17 @@ void TestJournal::anAnswerKeepsItsPresentation()
     QCOMPARE(line["correctness"].toBool(), read->answers.at(0).entry.correctness);
 }
 
-// Catches a save without its paths or sums, and one that takes the place of another.
+// Catches a save without its paths or sums, one that takes the place of another, and one that is
+// lost because its journal has been closed meanwhile.
 void TestJournal::aSaveIsKeptWithItsSums()
 {
     {
         Journal journal(folder());
         const Session session(journal, 3, 2, 1);
-        journal.save({{"/a.txt", "00ff"}, {"/a_entries.txt", ""}});
-        journal.save({{"/b.txt", "11"}});
+        journal.save(journal.session(), {{"/a.txt", "00ff"}, {"/a_entries.txt", ""}});
+        const Journal::Session saved = journal.session();
+        journal.close(SessionEnd::BrokenOff);
+        journal.save(saved, {{"/b.txt", "11"}});
     }
     const std::optional<JournaledSession> read = journaled();
     QVERIFY(read);
@@ -475,7 +478,7 @@ void TestJournal::onlyAnOpenJournalTakesLines()
         Journal journal(folder());
         journal.answer({});
         journal.finish(Data());
-        journal.save({});
+        journal.save(journal.session(), {});
         journal.close(SessionEnd::Quit);
     }
     QVERIFY(!QDir(folder()).exists());
@@ -552,7 +555,7 @@ void TestJournal::everyLineIsSynchronisedWhole()
         QTRY_COMPARE(nSynchronised.load(), 4);
         session.finish();
         QTRY_COMPARE(nSynchronised.load(), 5);
-        journal.save({{"/a.txt", "00"}});
+        journal.save(journal.session(), {{"/a.txt", "00"}});
     }
     QCOMPARE(synchronised.size(), 6);
     QCOMPARE(synchronised.takeFirst(), "the folder");
@@ -604,7 +607,7 @@ void TestJournal::noCallWaitsForTheDisk()
         session.answer();
         session.answer();
         session.finish();
-        journal.save({});
+        journal.save(journal.session(), {});
         journal.close(SessionEnd::Quit);
         QCOMPARE(session.trial, 2);
         disk.release(6);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/WindowIcon.h"
+#include "subject/WindowIcon.h"
 
 #include <QFile>
 
